@@ -1,0 +1,6 @@
+// The thread layer: identity, names, stack traces, listeners and scoped thread
+// names. Clients include this one header.
+#pragma once
+
+#include "Strand/ThreadId.h"
+#include "Strand/ThreadName.h"

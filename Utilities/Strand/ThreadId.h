@@ -1,0 +1,51 @@
+// Thread identity: the triple by which the platform knows a thread, and the
+// list of the process's threads.
+//
+// ThreadId is (POSIX handle, system-wide numeric id cut to its low 32 bits,
+// kernel thread handle). The third element is the primary id: the Mach thread
+// port on Apple platforms, the kernel TID on Linux. None of these functions
+// reports an error: a query the platform refuses yields 0 or an empty list.
+#pragma once
+
+#include <pthread.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "Strand/Export.h"
+
+namespace Strand {
+
+using ThreadId = std::tuple<pthread_t, int, unsigned int>;
+
+// The calling thread's triple. Cached per thread after the first call (and
+// recomputed in a child after fork()), so it is cheap enough for logging.
+STRAND_EXPORT ThreadId getThreadId();
+
+// Every thread of this process, in the kernel's order; empty on refusal.
+STRAND_EXPORT std::vector<ThreadId> getThreadIds();
+
+// Every thread of process pid if pid is this process; otherwise, or on any
+// refusal of the platform, an empty vector. A thread whose POSIX handle the
+// library does not know gets a null element 1.
+STRAND_EXPORT std::vector<ThreadId> getThreadIds(int pid);
+
+STRAND_EXPORT pthread_t getPosixThreadId(const ThreadId& id);
+STRAND_EXPORT int getUnixThreadId(const ThreadId& id);
+STRAND_EXPORT unsigned int getMachThreadId(const ThreadId& id);
+
+// Element 3 of the calling thread's triple (the kernel handle, not the numeric id).
+STRAND_EXPORT unsigned int getPrimaryThreadId();
+// Element 3 of id.
+STRAND_EXPORT unsigned int getPrimaryThreadId(const ThreadId& id);
+
+// Element 2 in decimal ("-1" for a negative id).
+STRAND_EXPORT std::string getThreadIdString();
+STRAND_EXPORT std::string getThreadIdString(const ThreadId& id);
+
+// Element 2 as "0x" and lower-case hexadecimal digits ("0xffffffff" for -1).
+STRAND_EXPORT std::string getThreadIdHexString();
+STRAND_EXPORT std::string getThreadIdHexString(const ThreadId& id);
+
+}  // namespace Strand
