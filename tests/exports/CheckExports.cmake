@@ -1,6 +1,6 @@
 # Compares the defined dynamic symbols of LIBRARY (demangled) with the list in
 # EXPECTED, and fails if any text of FORBIDDEN_TEXTS ('|'-separated) appears in
-# the library's read-only data.
+# the library's code or data sections.
 find_program(NM nm REQUIRED)
 find_program(OBJCOPY objcopy REQUIRED)
 
@@ -45,20 +45,20 @@ endif()
 list(LENGTH actual count)
 message(STATUS "libStrand exports exactly the ${count} listed symbols")
 
-get_filename_component(rodata_file ${LIBRARY} NAME)
-set(rodata_file "${CMAKE_CURRENT_BINARY_DIR}/${rodata_file}.rodata")
-execute_process(COMMAND ${OBJCOPY} -O binary --only-section=.rodata ${LIBRARY} ${rodata_file}
+get_filename_component(sections_file ${LIBRARY} NAME)
+set(sections_file "${CMAKE_CURRENT_BINARY_DIR}/${sections_file}.rodata")
+execute_process(COMMAND ${OBJCOPY} -O binary --only-section=.rodata --only-section=.text --only-section=.data --only-section=.data.rel.ro ${LIBRARY} ${sections_file}
   RESULT_VARIABLE objcopy_result)
 if(NOT objcopy_result EQUAL 0)
   message(FATAL_ERROR "objcopy failed on ${LIBRARY}")
 endif()
-file(STRINGS ${rodata_file} rodata_strings)
+file(STRINGS ${sections_file} section_strings)
 string(REPLACE "|" ";" forbidden "${FORBIDDEN_TEXTS}")
 foreach(text IN LISTS forbidden)
-  foreach(candidate IN LISTS rodata_strings)
+  foreach(candidate IN LISTS section_strings)
     string(FIND "${candidate}" "${text}" position)
     if(NOT position EQUAL -1)
-      message(FATAL_ERROR "Plain text '${text}' found in the read-only data of ${LIBRARY}")
+      message(FATAL_ERROR "Plain text '${text}' found in the sections of ${LIBRARY}")
     endif()
   endforeach()
 endforeach()
