@@ -2,5 +2,6 @@
 // names. Clients include this one header.
 #pragma once
 
+#include "Strand/ScopedThreadName.h"
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"

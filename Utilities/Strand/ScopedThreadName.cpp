@@ -1,0 +1,113 @@
+#include "Strand/ScopedThreadName.h"
+
+#include "Strand/ExternalInputHint.h"
+#include "Strand/ScopedThreadNotifications.h"
+#include "Strand/ThreadName.h"
+#include "StringUtils/HexAndFileName.h"
+
+namespace Strand {
+
+using quill::external_input::hint;
+
+// Constant-initialised: listeners can register from any static initialiser.
+constinit ScopedThreadNotifications ScopedThreadName::notifier;
+
+namespace {
+
+// "F:L:" for a location whose file and function are both set.
+std::string fileAndLine(const quill::source::location& location) {
+    return ScopedThreadName::filenameFromPath(location.file) + ":" + std::to_string(location.line) +
+           ":";
+}
+
+bool hasCallSite(const quill::source::location& location) {
+    return location.file != nullptr && location.function != nullptr;
+}
+
+}  // namespace
+
+ScopedThreadName::ScopedThreadName(const std::string& name, bool notifyListeners)
+    : notify(notifyListeners) {
+    try {
+        init(name);
+    } catch (...) {
+        // This object never lives, so it must not keep the thread's turn.
+        if (thread_notifier_id == this) {
+            thread_notifier_id = nullptr;
+        }
+        throw;
+    }
+}
+
+ScopedThreadName::ScopedThreadName(const quill::source::location& location)
+    : ScopedThreadName(std::string(), location) {}
+
+ScopedThreadName::ScopedThreadName(const std::string& name,
+                                   const quill::source::location& location) {
+    try {
+        if (hasCallSite(location)) {
+            const std::string prefix = name.empty() ? std::string() : name + ":";
+            init(prefix + fileAndLine(location) + location.function);
+        }
+        // Saved only now, so it is the thread's hint from before the location's.
+        previousHint = hint::getExternalInputHint();
+        hint::copyThreadStorageIfNecessary(location);
+    } catch (...) {
+        // Dropped: work must not fail because naming or a listener did.
+    }
+}
+
+ScopedThreadName::ScopedThreadName(const std::type_info& type,
+                                   const quill::source::location& location) {
+    try {
+        if (hasCallSite(location)) {
+            init(fileAndLine(location) + "<" + type.name() + ">" + location.function);
+        }
+    } catch (...) {
+        // Dropped, as above.
+    }
+}
+
+ScopedThreadName::~ScopedThreadName() {
+    try {
+        if (notify && thread_notifier_id == this) {
+            thread_notifier_id = nullptr;
+            notifier.fireOnEnded();
+        }
+        setThreadName(previousName);
+        if (previousHint) {
+            previousHint->setAsExternalInputHint();
+        } else {
+            hint::clearExternalInputHint();
+        }
+    } catch (...) {
+        // Dropped: a destructor must not throw.
+    }
+}
+
+void ScopedThreadName::init(const std::string& name) {
+    previousName = getThreadName();
+    setThreadName(name);
+    if (notify && thread_notifier_id == nullptr) {
+        thread_notifier_id = this;
+        notifier.fireOnStarted();
+    }
+}
+
+std::string ScopedThreadName::filenameFromPath(const std::string& path) {
+    return StringUtils::filenameFromPath(path);
+}
+
+void ScopedThreadName::registerCallback(std::shared_ptr<IScopedThreadCallback> callback) {
+    notifier.registerCallback(std::move(callback));
+}
+
+void ScopedThreadName::unRegisterCallback(std::shared_ptr<IScopedThreadCallback> callback) {
+    notifier.unRegisterCallback(std::move(callback));
+}
+
+void ScopedThreadName::initNotifier() { notifier.init(); }
+
+void ScopedThreadName::deinitNotifier() { notifier.deinit(); }
+
+}  // namespace Strand

@@ -1,0 +1,67 @@
+// Helpers shared by the thread-context tests: every case that touches a
+// thread's hint, store or name runs on a fresh thread, so nothing leaks between
+// cases; listeners record what reaches them.
+#pragma once
+
+#include <future>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Strand/ScopedThreadName.h"
+
+namespace context_test {
+
+// Runs fn on a fresh thread and returns its result (or rethrows its exception).
+template <typename Fn>
+auto onNewThread(Fn fn) {
+    std::packaged_task<decltype(fn())()> task(std::move(fn));
+    auto result = task.get_future();
+    std::thread(std::move(task)).join();
+    return result.get();
+}
+
+// Whether ref was never set (as opposed to set and expired).
+template <typename T>
+bool isEmptyRef(const std::weak_ptr<T>& ref) {
+    const std::weak_ptr<T> empty;
+    return !ref.owner_before(empty) && !empty.owner_before(ref);
+}
+
+// Appends "<tag>+" for a start and "<tag>-" for an end to a shared log.
+class Recorder : public Strand::IScopedThreadCallback {
+public:
+    Recorder(std::string tag, std::shared_ptr<std::vector<std::string>> log,
+             std::shared_ptr<std::mutex> mutex)
+        : tag_(std::move(tag)), log_(std::move(log)), mutex_(std::move(mutex)) {}
+    void onStarted() override { record("+"); }
+    void onEnded() override { record("-"); }
+
+private:
+    void record(const char* event) {
+        const std::lock_guard<std::mutex> lock(*mutex_);
+        log_->push_back(tag_ + event);
+    }
+    std::string tag_;
+    std::shared_ptr<std::vector<std::string>> log_;
+    std::shared_ptr<std::mutex> mutex_;
+};
+
+// A log and the recorders that write to it.
+struct EventLog {
+    std::shared_ptr<std::vector<std::string>> events = std::make_shared<std::vector<std::string>>();
+    std::shared_ptr<std::mutex> mutex = std::make_shared<std::mutex>();
+
+    std::shared_ptr<Recorder> recorder(const std::string& tag) const {
+        return std::make_shared<Recorder>(tag, events, mutex);
+    }
+    std::vector<std::string> take() const {
+        const std::lock_guard<std::mutex> lock(*mutex);
+        return std::exchange(*events, {});
+    }
+};
+
+}  // namespace context_test
