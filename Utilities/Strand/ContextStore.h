@@ -21,6 +21,10 @@
 
 #include "Strand/Export.h"
 
+namespace quill::source {
+struct location;
+}  // namespace quill::source
+
 namespace quill::external_input {
 
 class hint;
@@ -61,6 +65,7 @@ public:
 
 private:
     friend class hint;
+    friend struct quill::source::location;
 
     static constexpr int kCapacity = 100;
 

@@ -20,13 +20,9 @@
 #include "Strand/ContextStore.h"
 #include "Strand/Export.h"
 
-namespace quill::source {
-struct location;
-}  // namespace quill::source
-
+// ContextStore.h declares quill::source::location and hint ahead.
 namespace quill::external_input {
 
-class hint;
 class scoped_hint;
 
 // Writes the hint's name, one space and its id: "click hint042017"; a hint with

@@ -33,10 +33,12 @@ location location::current(const char* file, int line, const char* function) noe
     record.function = function;
     record.line = static_cast<std::uint32_t>(line);
     record.externalInputHint = external_input::hint::getExternalInputHint();
-    auto store = external_input::context_store::getStore();
-    // An expired reference is only worth carrying next to a hint.
+    // Read in place rather than through getStore(): copying a weak reference
+    // costs two atomic operations even when there is nothing to carry. An
+    // expired reference is only carried next to a hint.
+    const auto& store = external_input::context_store::threadContextStore;
     if (record.externalInputHint || !store.expired()) {
-        record.contextStore = std::move(store);
+        record.contextStore = store;
     }
     return record;
 }
