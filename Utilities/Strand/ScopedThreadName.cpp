@@ -9,6 +9,8 @@ namespace Strand {
 
 using quill::external_input::hint;
 
+IScopedThreadCallback::~IScopedThreadCallback() = default;
+
 // Constant-initialised: listeners can register from any static initialiser.
 constinit ScopedThreadNotifications ScopedThreadName::notifier;
 

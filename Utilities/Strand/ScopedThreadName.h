@@ -28,7 +28,9 @@ namespace Strand {
 // Implemented by clients that want to know when scoped threads start and end.
 class STRAND_EXPORT IScopedThreadCallback {
 public:
-    virtual ~IScopedThreadCallback() = default;
+    // Defined in the library, so the interface's type information has one home
+    // there, the same in every build.
+    virtual ~IScopedThreadCallback();
     // The outermost notifying scope on the calling thread has named the thread.
     virtual void onStarted() = 0;
     // That scope is ending; the thread still carries the scope's name.

@@ -3,6 +3,7 @@
 // cases; listeners record what reaches them.
 #pragma once
 
+#include <cstddef>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -14,6 +15,9 @@
 #include "Strand/ScopedThreadName.h"
 
 namespace context_test {
+
+// Allocations through operator new on the calling thread so far.
+std::size_t allocationsOnThisThread();
 
 // Runs fn on a fresh thread and returns its result (or rethrows its exception).
 template <typename Fn>

@@ -2,28 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <iomanip>
-#include <new>
 #include <sstream>
 
 #include "ContextTestSupport.h"
-
-// Counts the calling thread's allocations through operator new, for the check
-// that capturing a location on a thread without context allocates nothing.
-namespace {
-thread_local std::size_t tAllocations = 0;
-}  // namespace
-
-void* operator new(std::size_t size) {
-    ++tAllocations;
-    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -109,14 +91,14 @@ TEST(SourceLocation, CurrentCapturesTheThreadsContext) {
 
 TEST(SourceLocation, CurrentWithoutContextAllocatesNothing) {
     const auto counts = onNewThread([] {
-        const std::size_t start = tAllocations;
+        const std::size_t start = context_test::allocationsOnThisThread();
         const location first = location::current("a.cpp", 1, "f");
         const location second = location::current("a.cpp", 2, "f");
-        const std::size_t withoutContext = tAllocations - start;
+        const std::size_t withoutContext = context_test::allocationsOnThisThread() - start;
         hint("hint000001", "tap").setAsExternalInputHint();
-        const std::size_t beforeHint = tAllocations;
+        const std::size_t beforeHint = context_test::allocationsOnThisThread();
         const location third = location::current("a.cpp", 3, "f");
-        return std::make_pair(withoutContext, tAllocations - beforeHint);
+        return std::make_pair(withoutContext, context_test::allocationsOnThisThread() - beforeHint);
     });
     EXPECT_EQ(counts.first, 0u) << "first and later calls on a thread without context";
     EXPECT_EQ(counts.second, 1u) << "with a hint: the one shared copy of it";
