@@ -10,7 +10,6 @@
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "Strand/ScopedThreadName.h"
 
@@ -38,31 +37,31 @@ bool isEmptyRef(const std::weak_ptr<T>& ref) {
 // Appends "<tag>+" for a start and "<tag>-" for an end to a shared log.
 class Recorder : public Strand::IScopedThreadCallback {
 public:
-    Recorder(std::string tag, std::shared_ptr<std::vector<std::string>> log,
-             std::shared_ptr<std::mutex> mutex)
+    Recorder(std::string tag, std::shared_ptr<std::string> log, std::shared_ptr<std::mutex> mutex)
         : tag_(std::move(tag)), log_(std::move(log)), mutex_(std::move(mutex)) {}
-    void onStarted() override { record("+"); }
-    void onEnded() override { record("-"); }
+    void onStarted() override { record("+ "); }
+    void onEnded() override { record("- "); }
 
 private:
     void record(const char* event) {
         const std::lock_guard<std::mutex> lock(*mutex_);
-        log_->push_back(tag_ + event);
+        *log_ += tag_ + event;
     }
     std::string tag_;
-    std::shared_ptr<std::vector<std::string>> log_;
+    std::shared_ptr<std::string> log_;
     std::shared_ptr<std::mutex> mutex_;
 };
 
 // A log and the recorders that write to it.
 struct EventLog {
-    std::shared_ptr<std::vector<std::string>> events = std::make_shared<std::vector<std::string>>();
+    std::shared_ptr<std::string> events = std::make_shared<std::string>();
     std::shared_ptr<std::mutex> mutex = std::make_shared<std::mutex>();
 
     std::shared_ptr<Recorder> recorder(const std::string& tag) const {
         return std::make_shared<Recorder>(tag, events, mutex);
     }
-    std::vector<std::string> take() const {
+    // The events so far, e.g. "a+ b+ a- b- ", and a fresh start.
+    std::string take() const {
         const std::lock_guard<std::mutex> lock(*mutex);
         return std::exchange(*events, {});
     }

@@ -15,7 +15,6 @@ using quill::external_input::context_store;
 using quill::external_input::hint;
 using quill::source::location;
 using Strand::ScopedThreadName;
-using Events = std::vector<std::string>;
 
 struct Net {};
 
@@ -24,53 +23,61 @@ location clientConnect(std::shared_ptr<hint> carried = nullptr,
     return location{"/src/net/Client.cpp", "connect", std::move(carried), std::move(store), 120};
 }
 
+// Registered and fired during static initialisation, before main() runs: the
+// registry needs no init call and no particular order of initialisers.
+context_test::EventLog gEarlyLog;
+const auto gEarlyListener = gEarlyLog.recorder("early");
+const bool gEarlyRound = [] {
+    ScopedThreadName::registerCallback(gEarlyListener);
+    const ScopedThreadName scope("static-init", true);
+    return true;
+}();
+
+TEST(ScopedThreadNameStartUp, ListenersWorkFromStaticInitialisers) {
+    EXPECT_TRUE(gEarlyRound);
+    EXPECT_EQ(gEarlyLog.take(), "early+ early- ");
+    ScopedThreadName::unRegisterCallback(gEarlyListener);
+}
+
 // Records the global registry's notifications for the length of a test.
 class ScopedThreadNameTest : public ::testing::Test {
 protected:
     void SetUp() override { ScopedThreadName::registerCallback(recorder); }
-    void TearDown() override {
-        ScopedThreadName::unRegisterCallback(recorder);
-        ScopedThreadName::initNotifier();
-    }
+    void TearDown() override { ScopedThreadName::unRegisterCallback(recorder); }
     context_test::EventLog log;
     std::shared_ptr<context_test::Recorder> recorder = log.recorder("L");
 };
 
 TEST_F(ScopedThreadNameTest, NamesTheThreadForTheScope) {
-    const std::string typeName = typeid(Net).name();
+    using Make = std::function<std::unique_ptr<ScopedThreadName>()>;
     const struct {
-        const char* label;
-        std::function<std::unique_ptr<ScopedThreadName>()> make;
+        Make make;
         std::string expected;
     } cases[] = {
-        {"name", [] { return std::make_unique<ScopedThreadName>("worker", true); }, "worker"},
-        {"location", [] { return std::make_unique<ScopedThreadName>(clientConnect()); },
+        {[] { return std::make_unique<ScopedThreadName>("worker", true); }, "worker"},
+        {[] { return std::make_unique<ScopedThreadName>(clientConnect()); },
          "Client.cpp:120:connect"},
-        {"name and location",
-         [] { return std::make_unique<ScopedThreadName>("Net", clientConnect()); },
+        {[] { return std::make_unique<ScopedThreadName>("Net", clientConnect()); },
          "Net:Client.cpp:120:connect"},
-        {"empty name and location",
-         [] { return std::make_unique<ScopedThreadName>("", clientConnect()); },
+        {[] { return std::make_unique<ScopedThreadName>("", clientConnect()); },
          "Client.cpp:120:connect"},
-        {"type and location",
-         [] { return std::make_unique<ScopedThreadName>(typeid(Net), clientConnect()); },
-         "Client.cpp:120:<" + typeName + ">connect"},
-        {"64 bytes cut to 63",
-         [] { return std::make_unique<ScopedThreadName>(std::string(64, 'n'), true); },
+        {[] { return std::make_unique<ScopedThreadName>(typeid(Net), clientConnect()); },
+         std::string("Client.cpp:120:<") + typeid(Net).name() + ">connect"},
+        {[] { return std::make_unique<ScopedThreadName>(std::string(64, 'n'), true); },
          std::string(63, 'n')},
     };
+    const std::string oldName = "an old name of forty bytes, kept whole..";
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.label);
+        SCOPED_TRACE(c.expected);
         const auto names = onNewThread([&] {
-            Strand::setThreadName("an old name of forty bytes, kept whole..");
+            Strand::setThreadName(oldName);
             auto scope = c.make();
             const std::string during = Strand::getThreadName();
             scope.reset();
             return std::make_pair(during, Strand::getThreadName());
         });
-        EXPECT_EQ(names.first, c.expected);
-        EXPECT_EQ(names.second, "an old name of forty bytes, kept whole..");
-        EXPECT_EQ(log.take(), (Events{"L+", "L-"})) << "every form notifies";
+        EXPECT_EQ(names, std::make_pair(c.expected, oldName));
+        EXPECT_EQ(log.take(), "L+ L- ") << "every form notifies";
     }
 }
 
@@ -79,47 +86,45 @@ TEST_F(ScopedThreadNameTest, OnlyTheOutermostNotifyingScopeNotifies) {
         Strand::setThreadName("before");
         {
             const ScopedThreadName outer("outer", true);
-            EXPECT_EQ(log.take(), Events{"L+"});
             {
                 const ScopedThreadName inner("inner", true);
                 const ScopedThreadName quiet("quiet", false);
             }
             EXPECT_EQ(Strand::getThreadName(), "outer");
-            EXPECT_TRUE(log.take().empty());
+            EXPECT_EQ(log.take(), "L+ ");
         }
         EXPECT_EQ(Strand::getThreadName(), "before");
-        EXPECT_EQ(log.take(), Events{"L-"});
+        EXPECT_EQ(log.take(), "L- ");
         {
             const ScopedThreadName quiet("quiet", false);
             const ScopedThreadName inner("inner", true);
         }
-        EXPECT_EQ(log.take(), (Events{"L+", "L-"})) << "a quiet scope never takes the turn";
+        EXPECT_EQ(log.take(), "L+ L- ") << "a quiet scope never takes the turn";
         return 0;
     });
 }
 
 TEST_F(ScopedThreadNameTest, CarriesTheLocationsHintAndRestoresTheThreads) {
     const auto click = std::make_shared<hint>("hint123456", "click");
-    const auto sameId = std::make_shared<hint>("hint000001", "click");
-    const auto tap = std::make_shared<hint>("hint000001", "tap");
     enum class Form { location, type, name };
     const struct {
         const char* label;
-        std::shared_ptr<hint> own;
+        bool ownHint;  // tap, hint000001
         std::shared_ptr<hint> carried;
         Form form;
         const char* during;
         const char* after;
-    } cases[] = {{"no own hint", nullptr, click, Form::location, "click", ""},
-                 {"own hint comes back", tap, click, Form::location, "click", "tap"},
-                 {"same id keeps the own name", tap, sameId, Form::location, "tap", "tap"},
-                 {"type form: kept, then cleared", tap, click, Form::type, "tap", ""},
-                 {"name form: kept, then cleared", tap, nullptr, Form::name, "tap", ""}};
+    } cases[] = {{"no own hint", false, click, Form::location, "click", ""},
+                 {"own hint comes back", true, click, Form::location, "click", "tap"},
+                 {"same id keeps the own name", true, std::make_shared<hint>("hint000001", "click"),
+                  Form::location, "tap", "tap"},
+                 {"type form: kept, then cleared", true, click, Form::type, "tap", ""},
+                 {"name form: kept, then cleared", true, click, Form::name, "tap", ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.label);
         onNewThread([&] {
-            if (c.own) {
-                c.own->setAsExternalInputHint();
+            if (c.ownHint) {
+                hint("hint000001", "tap").setAsExternalInputHint();
             }
             const auto store = std::make_shared<context_store>();
             {
@@ -136,7 +141,6 @@ TEST_F(ScopedThreadNameTest, CarriesTheLocationsHintAndRestoresTheThreads) {
             return 0;
         });
     }
-    log.take();
 }
 
 TEST_F(ScopedThreadNameTest, LocationWithoutFileKeepsTheNameAndIsSilent) {
@@ -148,8 +152,8 @@ TEST_F(ScopedThreadNameTest, LocationWithoutFileKeepsTheNameAndIsSilent) {
         }
         return Strand::getThreadName();
     });
-    EXPECT_EQ(after, "") << "the end always names the thread, here with nothing saved";
-    EXPECT_TRUE(log.take().empty());
+    EXPECT_EQ(after, "") << "the end names the thread with what it saved: nothing";
+    EXPECT_EQ(log.take(), "");
 }
 
 TEST_F(ScopedThreadNameTest, ThrowingListenerIsDroppedByLocationForms) {
@@ -166,43 +170,16 @@ TEST_F(ScopedThreadNameTest, ThrowingListenerIsDroppedByLocationForms) {
         {
             const ScopedThreadName scope(
                 clientConnect(std::make_shared<hint>("hint123456", "click")));
-            EXPECT_EQ(hint::getExternalInputHintName(), "tap")
-                << "the steps after the throw are skipped";
+            EXPECT_EQ(hint::getExternalInputHintName(), "tap") << "later steps are skipped";
         }
         EXPECT_EQ(hint::getExternalInputHintName(), "") << "no hint was saved";
-        EXPECT_EQ(log.take(), Events{"L-"}) << "an end whose start was cut short";
+        EXPECT_EQ(log.take(), "L- ") << "an end whose start was cut short";
         EXPECT_THROW(ScopedThreadName("named", true), std::runtime_error);
         ScopedThreadName::unRegisterCallback(thrower);
         const ScopedThreadName next("next", true);
-        EXPECT_EQ(log.take(), Events{"L+"}) << "a failed constructor does not keep the turn";
+        EXPECT_EQ(log.take(), "L+ ") << "a failed constructor does not keep the turn";
         return 0;
     });
-    log.take();
-}
-
-TEST_F(ScopedThreadNameTest, DisabledRegistryDeliversNothing) {
-    onNewThread([&] {
-        ScopedThreadName::deinitNotifier();
-        ScopedThreadName::registerCallback(recorder);
-        auto scope = std::make_unique<ScopedThreadName>("one", true);
-        ScopedThreadName::initNotifier();
-        ScopedThreadName::registerCallback(recorder);
-        scope.reset();
-        EXPECT_EQ(log.take(), Events{"L-"}) << "the turn taken while disabled still ends";
-        return 0;
-    });
-}
-
-TEST(ScopedThreadNameFile, LastPathComponent) {
-    const struct {
-        const char* path;
-        const char* expected;
-    } cases[] = {
-        {"a\\b/c", "c"}, {"a/b\\c", "c"}, {"logs/", ""}, {"main.cpp", "main.cpp"}, {"", ""}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.path);
-        EXPECT_EQ(ScopedThreadName::filenameFromPath(c.path), c.expected);
-    }
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <latch>
+#include <map>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -13,7 +15,6 @@ namespace {
 
 using Strand::IScopedThreadCallback;
 using Strand::ScopedThreadNotifications;
-using Events = std::vector<std::string>;
 
 // Runs an action from inside onStarted.
 class Acting : public IScopedThreadCallback {
@@ -27,65 +28,34 @@ private:
 };
 
 TEST(ScopedThreadNotifications, RegistrationRules) {
-    context_test::EventLog log;
-    const auto a = log.recorder("a");
-    const auto b = log.recorder("b");
-    auto dead = log.recorder("dead");
+    // Steps: +x registers x, -x unregisters it, ~x lets it die, x = 0 is null;
+    // off / on disable / enable. Then one started and one ended round.
     const struct {
-        const char* label;
-        std::function<void(ScopedThreadNotifications&)> arrange;
-        Events expected;
-    } cases[] = {
-        {"null changes nothing",
-         [&](auto& r) {
-             r.registerCallback(nullptr);
-             r.registerCallback(a);
-             r.unRegisterCallback(nullptr);
-         },
-         {"a+", "a-"}},
-        {"twice registered, once removed",
-         [&](auto& r) {
-             r.registerCallback(a);
-             r.registerCallback(b);
-             r.registerCallback(a);
-             r.unRegisterCallback(a);
-         },
-         {"b+", "a+", "b-", "a-"}},
-        {"removing one keeps the other",
-         [&](auto& r) {
-             r.registerCallback(a);
-             r.registerCallback(b);
-             r.unRegisterCallback(a);
-             r.unRegisterCallback(a);
-         },
-         {"b+", "b-"}},
-        {"dead listeners are passed over",
-         [&](auto& r) {
-             r.registerCallback(dead);
-             r.registerCallback(a);
-             dead.reset();
-         },
-         {"a+", "a-"}},
-        {"disabled: nothing registers or fires",
-         [&](auto& r) {
-             r.registerCallback(a);
-             r.deinit();
-             r.registerCallback(b);
-         },
-         {}},
-        {"enabled again: only new registrations",
-         [&](auto& r) {
-             r.registerCallback(a);
-             r.deinit();
-             r.init();
-             r.registerCallback(b);
-         },
-         {"b+", "b-"}},
-    };
+        const char* steps;
+        const char* expected;
+    } cases[] = {{"+0 +a -0", "a+ a- "},    {"+a +b +a -a", "b+ a+ b- a- "},
+                 {"+a +b -a -a", "b+ b- "}, {"+d +a ~d", "a+ a- "},
+                 {"+a off +b", ""},         {"+a off on +b", "b+ b- "}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.label);
+        SCOPED_TRACE(c.steps);
+        context_test::EventLog log;
+        std::map<char, std::shared_ptr<context_test::Recorder>> listeners;
+        for (const char tag : {'a', 'b', 'd'}) {
+            listeners[tag] = log.recorder(std::string(1, tag));
+        }
         ScopedThreadNotifications registry;
-        c.arrange(registry);
+        std::istringstream steps(c.steps);
+        for (std::string step; steps >> step;) {
+            auto& listener = listeners[step[1]];
+            if (step == "off" || step == "on") {
+                step == "off" ? registry.deinit() : registry.init();
+            } else if (step[0] == '~') {
+                listener.reset();
+            } else {
+                step[0] == '+' ? registry.registerCallback(listener)
+                               : registry.unRegisterCallback(listener);
+            }
+        }
         registry.fireOnStarted();
         registry.fireOnEnded();
         EXPECT_EQ(log.take(), c.expected);
@@ -98,27 +68,26 @@ TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
     const auto late = log.recorder("late");
     std::shared_ptr<IScopedThreadCallback> self;
     self = std::make_shared<Acting>([&] {
-        registry.unRegisterCallback(self);  // the lock is not held here
+        registry.unRegisterCallback(self);  // no lock is held here
         registry.registerCallback(late);
         registry.fireOnEnded();
     });
     registry.registerCallback(self);
     registry.fireOnStarted();
-    EXPECT_EQ(log.take(), (Events{"late-"})) << "changes count from the next round on";
+    EXPECT_EQ(log.take(), "late- ") << "changes count from the next round on";
     registry.fireOnStarted();
-    EXPECT_EQ(log.take(), (Events{"late+"})) << "the listener left after one round";
+    EXPECT_EQ(log.take(), "late+ ") << "the listener left after one round";
 
     const auto thrower = std::make_shared<Acting>([] { throw std::runtime_error("no"); });
     ScopedThreadNotifications second;
     second.registerCallback(thrower);
     second.registerCallback(late);
     EXPECT_THROW(second.fireOnStarted(), std::runtime_error);
-    EXPECT_TRUE(log.take().empty()) << "a throwing listener ends the round";
+    EXPECT_EQ(log.take(), "") << "a throwing listener ends the round";
 }
 
 TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 200;
+    constexpr int kThreads = 4, kRounds = 200;
     ScopedThreadNotifications registry;
     std::atomic<int> started{0};
     const auto steady = std::make_shared<Acting>([&] { started.fetch_add(1); });
