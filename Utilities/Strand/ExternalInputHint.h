@@ -32,13 +32,16 @@ STRAND_EXPORT std::ostream& operator<<(std::ostream& os, const hint& h);
 // An immutable (name, id) pair. An empty name means "no hint".
 class hint {
 public:
+    // Both fields empty. Never fails.
     STRAND_EXPORT hint();
+    // The copying forms throw only what copying text throws.
     STRAND_EXPORT hint(const hint& other);
     // Note the order: the id comes first.
     STRAND_EXPORT hint(const std::string& id, const std::string& name);
     STRAND_EXPORT ~hint();
-    hint& operator=(const hint& other) = default;
+    hint& operator=(const hint& other) = delete;
 
+    // Copies of the fields; throw only what copying text throws.
     STRAND_EXPORT std::string getHintId() const;
     STRAND_EXPORT std::string getHintName() const;
 
@@ -53,7 +56,8 @@ public:
     // thread has none. Throws only what allocation throws.
     STRAND_EXPORT static std::shared_ptr<hint> getExternalInputHint();
 
-    // The calling thread's hint name; empty when it has none.
+    // The calling thread's hint name; empty when it has none. Throws only what
+    // copying text throws, as does the next.
     STRAND_EXPORT static std::string getExternalInputHintName();
 
     // The calling thread's hint id; empty when it has no hint, whatever id it holds.
@@ -67,7 +71,7 @@ public:
 
     // "hint" and value in decimal, zero-filled in front to six characters, sign
     // included: 42017 -> "hint042017", -5 -> "hint0000-5"; longer values are not
-    // cut. Internal.
+    // cut. Throws only allocation errors. Internal.
     static std::string formatHintIdString(int value);
 
     // Carries location's context over to the calling thread: its hint, unless

@@ -97,7 +97,8 @@ public:
 
 private:
     // Saves the old name, names the thread, and takes the thread's turn to
-    // notify if this object notifies and no other holds it.
+    // notify if this object notifies and no other holds it. Throws what naming
+    // and the listeners throw.
     void init(const std::string& name);
 
     std::string previousName;
