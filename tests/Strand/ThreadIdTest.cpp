@@ -20,9 +20,7 @@
 
 namespace {
 
-int kernelTid() {
-    return static_cast<int>(syscall(SYS_gettid));
-}
+int kernelTid() { return static_cast<int>(syscall(SYS_gettid)); }
 
 std::set<int> procTasks() {
     std::set<int> tids;
@@ -139,8 +137,10 @@ TEST(ThreadId, IdStrings) {
     };
     // 2^32 + 5 and 2^32 - 1 arrive here already cut to their low 32 bits.
     const Case cases[] = {
-        {1234, "1234", "0x4d2"},     {5, "5", "0x5"},
-        {-1, "-1", "0xffffffff"},    {0, "0", "0x0"},
+        {1234, "1234", "0x4d2"},
+        {5, "5", "0x5"},
+        {-1, "-1", "0xffffffff"},
+        {0, "0", "0x0"},
         {INT_MIN, "-2147483648", "0x80000000"},
     };
     for (const auto& c : cases) {

@@ -87,12 +87,13 @@ TEST(ThreadName, EndedThreadHasNoName) {
 class RefusedName : public ::testing::Test {
 protected:
     void SetUp() override {
-        previous_ = Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
-        quill::overrideable::g_quillAssertErrorLogFunc =
-            [this](const std::string& text, int line, const std::string& file,
-                   const std::string& function) {
-                log.push_back(text + "|" + file + "|" + function + "|" + (line > 0 ? "+" : "0"));
-            };
+        previous_ =
+            Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
+        quill::overrideable::g_quillAssertErrorLogFunc = [this](const std::string& text, int line,
+                                                                const std::string& file,
+                                                                const std::string& function) {
+            log.push_back(text + "|" + file + "|" + function + "|" + (line > 0 ? "+" : "0"));
+        };
         quill::overrideable::g_quillAssertFunc =
             [this](const std::string& file, int, const std::string& function,
                    const std::string& condition, const std::string& message) {
