@@ -1,7 +1,5 @@
 #include "Strand/ThreadName.h"
 
-#include <sys/prctl.h>
-
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -12,17 +10,11 @@
 
 #include "QuillAssert/QuillAssert.h"
 #include "Strand/Platform.h"
+#include "ThreadTestSupport.h"
 
 namespace {
 
-// Runs fn on a fresh thread and returns its result, so names never leak between cases.
-template <typename Fn>
-auto onNewThread(Fn fn) {
-    auto task = std::packaged_task<decltype(fn())()>(fn);
-    auto result = task.get_future();
-    std::thread(std::move(task)).join();
-    return result.get();
-}
+using StrandTest::onNewThread;
 
 TEST(ThreadName, NamesAreCutTo63Bytes) {
     const std::string twoByte = "\xC3\xA9";  // U+00E9
@@ -61,18 +53,6 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
         worker.join();
         EXPECT_EQ(readOnWorker, c.expected);
     }
-}
-
-TEST(ThreadName, NameSetByOtherCodeWins) {
-    const auto names = onNewThread([] {
-        Strand::setThreadName("a name longer than the kernel keeps");
-        prctl(PR_SET_NAME, "renamed", 0, 0, 0);
-        std::string afterPrctl = Strand::getThreadName();
-        Strand::setThreadName("again a rather long name");
-        return std::make_pair(afterPrctl, Strand::getThreadName());
-    });
-    EXPECT_EQ(names.first, "renamed");
-    EXPECT_EQ(names.second, "again a rather long name");
 }
 
 TEST(ThreadName, EndedThreadHasNoName) {
@@ -115,12 +95,12 @@ private:
 
 TEST_F(RefusedName, ReportsTheWholeRequestedName) {
     const std::string longName(200, 'n');
-    const std::string before = onNewThread([&] {
-        prctl(PR_SET_NAME, "before", 0, 0, 0);
+    const auto names = onNewThread([&] {
+        const std::string before = Strand::getThreadName();
         Strand::setThreadName(longName);
-        return Strand::getThreadName();
+        return std::make_pair(before, Strand::getThreadName());
     });
-    EXPECT_EQ(before, "before") << "a refused name leaves the old one";
+    EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
     ASSERT_EQ(log.size(), 1u);
     EXPECT_EQ(log[0], "Assertion failed: rc == 0 with message: pthread_setname_np failed :" +
                           longName + "|ThreadName.cpp|setThreadName|+");
