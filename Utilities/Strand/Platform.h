@@ -27,8 +27,9 @@ int getUnixThreadId(pthread_t thread);
 
 namespace platform {
 
-// The calling thread's triple, cached per thread; never fails. The first call
-// on a thread may allocate (it registers the thread with the library).
+// The calling thread's triple, cached per thread; never fails. Signal-safe, the
+// first call on a thread included (registering it takes no lock and allocates
+// nothing), so a function run inside a signal handler may ask who it is.
 ThreadId currentThreadId();
 
 // Every thread of this process in the kernel's order; empty on refusal.

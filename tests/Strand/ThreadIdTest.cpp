@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
+#include <thread>
 #include <climits>
 #include <set>
 #include <vector>
@@ -56,6 +58,39 @@ TEST(ThreadId, ListingHoldsEveryThreadOnce) {
     for (const auto& id : parked.ids()) {
         EXPECT_NE(std::find(listed.begin(), listed.end(), id), listed.end());
     }
+}
+
+TEST(ThreadId, EndedThreadsGiveUpTheirRegistration) {
+    // More threads than the registry holds at once, one after the other: each
+    // frees its place when it ends, so the last is still known by its handle.
+    for (int i = 0; i < 3000; ++i) {
+        std::thread([] { Strand::getThreadId(); }).join();
+    }
+    ParkedThreads parked(1, true);
+    const auto listed = Strand::getThreadIds();
+    EXPECT_NE(std::find(listed.begin(), listed.end(), parked.ids()[0]), listed.end());
+}
+
+// A thread may learn its identity for the first time inside a signal handler.
+Strand::ThreadId gIdentityInHandler;
+void recordIdentity(int) {
+    gIdentityInHandler = Strand::getThreadId();
+}
+
+TEST(ThreadId, FirstQueryInsideASignalHandler) {
+    struct sigaction action {};
+    action.sa_handler = &recordIdentity;
+    struct sigaction previous {};
+    sigaction(SIGUSR2, &action, &previous);
+    const Strand::ThreadId outside = StrandTest::onNewThread([] {
+        raise(SIGUSR2);
+        const Strand::ThreadId later = Strand::getThreadId();
+        const auto listed = Strand::getThreadIds();
+        EXPECT_NE(std::find(listed.begin(), listed.end(), later), listed.end());
+        return later;
+    });
+    sigaction(SIGUSR2, &previous, nullptr);
+    EXPECT_EQ(gIdentityInHandler, outside);
 }
 
 TEST(ThreadId, ForeignProcessesAreNotListed) {

@@ -60,8 +60,7 @@ int setCurrentThreadName(const char* name) {
     const int rc = gNameSetter.load(std::memory_order_acquire)(shortName.c_str());
     if (rc == 0) {
         const ThreadId self = currentThreadId();
-        linux_layer::rememberCurrentThreadName(std::get<1>(self), std::get<0>(self), fullName,
-                                               shortName);
+        linux_layer::rememberCurrentThreadName(std::get<1>(self), fullName, shortName);
     }
     return rc;
 }
