@@ -7,7 +7,31 @@
 
 namespace Strand {
 
-ThreadId getThreadId() { return platform::currentThreadId(); }
+namespace {
+
+// The calling thread's triple, asked of the platform once per thread. Trivially
+// destructible, so reading it needs no guard; forgotten in a fork child, whose
+// only thread has an identity of its own.
+struct CachedIdentity {
+    ThreadId id{};
+    bool valid = false;
+};
+constinit thread_local CachedIdentity tCached;
+
+void forgetInForkChild() { tCached.valid = false; }
+
+[[maybe_unused]] const bool gForkHandlerInstalled =
+    pthread_atfork(nullptr, nullptr, &forgetInForkChild) == 0;
+
+}  // namespace
+
+ThreadId getThreadId() {
+    if (!tCached.valid) [[unlikely]] {
+        tCached.id = platform::queryCurrentThreadId();
+        tCached.valid = true;
+    }
+    return tCached.id;
+}
 
 std::vector<ThreadId> getThreadIds() { return getThreadIds(getpid()); }
 

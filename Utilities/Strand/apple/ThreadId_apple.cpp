@@ -2,8 +2,8 @@
 // 32 bits, Mach thread port). The port is the primary id.
 //
 // Port references: mach_thread_self() adds a user reference to the thread's
-// port on every call. The triple is cached per thread, so the port is asked for
-// once per thread, and the added reference is dropped at once: the threading
+// port on every call. Strand::getThreadId caches the triple per thread, so the
+// port is asked for once per thread, and the added reference is dropped at once: the threading
 // library holds its own reference for the thread's whole life, so the name stays
 // valid while the thread lives, and a ThreadId only ever uses it as an
 // identifier. Likewise the task port that task_for_pid() returns for the own
@@ -22,30 +22,7 @@ namespace Strand {
 
 namespace {
 
-struct CachedIdentity {
-    ThreadId id{};
-    bool valid = false;
-};
-constinit thread_local CachedIdentity tCached;
-
 int lowBits(std::uint64_t id) { return static_cast<int>(static_cast<std::uint32_t>(id)); }
-
-ThreadId computeAndCache() {
-    const pthread_t self = pthread_self();
-    const mach_port_t port = mach_thread_self();
-    mach_port_deallocate(mach_task_self(), port);
-    tCached.id = ThreadId{self, getUnixThreadId(self), port};
-    tCached.valid = true;
-    return tCached.id;
-}
-
-void childAfterFork() {
-    // The child's only thread has a port and an id of its own.
-    tCached.valid = false;
-}
-
-[[maybe_unused]] const bool gForkHandlerInstalled =
-    pthread_atfork(nullptr, nullptr, &childAfterFork) == 0;
 
 // The numeric id of a listed thread that has no POSIX handle, from the kernel.
 int unixThreadIdOfPort(mach_port_t port) {
@@ -92,11 +69,11 @@ int getUnixThreadId(pthread_t thread) {
 
 namespace platform {
 
-ThreadId currentThreadId() {
-    if (tCached.valid) [[likely]] {
-        return tCached.id;
-    }
-    return computeAndCache();
+ThreadId queryCurrentThreadId() {
+    const pthread_t self = pthread_self();
+    const mach_port_t port = mach_thread_self();
+    mach_port_deallocate(mach_task_self(), port);
+    return ThreadId{self, getUnixThreadId(self), port};
 }
 
 std::vector<ThreadId> listThreads() {

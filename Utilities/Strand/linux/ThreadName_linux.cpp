@@ -59,7 +59,7 @@ int setCurrentThreadName(const char* name) {
     const std::string shortName = fullName.substr(0, kKernelNameBytes);
     const int rc = gNameSetter.load(std::memory_order_acquire)(shortName.c_str());
     if (rc == 0) {
-        const ThreadId self = currentThreadId();
+        const ThreadId self = getThreadId();
         linux_layer::rememberCurrentThreadName(std::get<1>(self), fullName, shortName);
     }
     return rc;

@@ -159,8 +159,9 @@ void lockForFork() { names().mutex.lock(); }
 
 void unlockAfterForkInParent() { names().mutex.unlock(); }
 
-void unlockAfterForkInChild(int oldTid, int newTid) {
+void unlockAfterForkInChild(int newTid) {
     auto* const own = static_cast<Slot*>(pthread_getspecific(slotKey()));
+    const int oldTid = own != nullptr ? own->tid.load(std::memory_order_relaxed) : 0;
     for (auto& slot : gSlots) {
         if (&slot != own) {
             slot.tid.store(0, std::memory_order_relaxed);

@@ -39,6 +39,6 @@ std::optional<std::string> fullNameIfCurrent(int tid, const std::string& kernelN
 // forking thread's slot and name move to its new TID and every other entry goes.
 void lockForFork();
 void unlockAfterForkInParent();
-void unlockAfterForkInChild(int oldTid, int newTid);
+void unlockAfterForkInChild(int newTid);
 
 }  // namespace Strand::linux_layer
