@@ -27,9 +27,11 @@ int getUnixThreadId(pthread_t thread);
 
 namespace platform {
 
-// The calling thread's triple, cached per thread; never fails. The first call
-// on a thread may allocate (it registers the thread with the library).
-ThreadId currentThreadId();
+// The calling thread's triple, asked of the platform (Strand::getThreadId caches
+// it per thread); never fails. Signal-safe: registering the thread with the
+// library takes no lock and allocates nothing, so a function run inside a
+// signal handler may ask who it is.
+ThreadId queryCurrentThreadId();
 
 // Every thread of this process in the kernel's order; empty on refusal.
 std::vector<ThreadId> listThreads();

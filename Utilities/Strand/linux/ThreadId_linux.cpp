@@ -14,61 +14,34 @@ namespace Strand {
 
 namespace {
 
-// The calling thread's triple. Trivially destructible, so reading it needs no
-// guard; invalidated in a fork child, where the thread has a new TID.
-struct CachedIdentity {
-    ThreadId id{};
-    bool valid = false;
-};
-constinit thread_local CachedIdentity tCached;
+void prepareFork() { linux_layer::lockForFork(); }
 
-ThreadId computeAndCache() {
-    const int tid = gettid();
-    const pthread_t self = pthread_self();
-    linux_layer::rememberCurrentThread(tid, self);
-    tCached.id = ThreadId{self, tid, static_cast<unsigned int>(tid)};
-    tCached.valid = true;
-    return tCached.id;
-}
+void parentAfterFork() { linux_layer::unlockAfterForkInParent(); }
 
-void prepareFork() {
-    linux_layer::lockForFork();
-}
-
-void parentAfterFork() {
-    linux_layer::unlockAfterForkInParent();
-}
-
-void childAfterFork() {
-    // Runs on the forking thread, the only thread of the child.
-    const int oldTid = tCached.valid ? std::get<1>(tCached.id) : 0;
-    tCached.valid = false;
-    linux_layer::unlockAfterForkInChild(oldTid, gettid());
-}
+// Runs on the forking thread, the only thread of the child.
+void childAfterFork() { linux_layer::unlockAfterForkInChild(gettid()); }
 
 [[maybe_unused]] const bool gForkHandlersInstalled =
     pthread_atfork(&prepareFork, &parentAfterFork, &childAfterFork) == 0;
 
 }  // namespace
 
-int gettid() {
-    return static_cast<int>(syscall(SYS_gettid));
-}
+int gettid() { return static_cast<int>(syscall(SYS_gettid)); }
 
 int getUnixThreadId(pthread_t thread) {
     if (pthread_equal(thread, pthread_self())) {
-        return std::get<1>(platform::currentThreadId());
+        return gettid();
     }
     return linux_layer::knownTid(thread);
 }
 
 namespace platform {
 
-ThreadId currentThreadId() {
-    if (tCached.valid) [[likely]] {
-        return tCached.id;
-    }
-    return computeAndCache();
+ThreadId queryCurrentThreadId() {
+    const int tid = gettid();
+    const pthread_t self = pthread_self();
+    linux_layer::rememberCurrentThread(tid, self);
+    return ThreadId{self, tid, static_cast<unsigned int>(tid)};
 }
 
 std::vector<ThreadId> listThreads() {
@@ -77,7 +50,8 @@ std::vector<ThreadId> listThreads() {
         return {};
     }
     std::vector<int> tids;
-    while (const dirent* entry = readdir(directory)) {
+    // readdir is safe here: the stream is private to this call.
+    while (const dirent* entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
         char* end = nullptr;
         const long tid = std::strtol(entry->d_name, &end, 10);
         if (end != entry->d_name && *end == '\0' && tid > 0) {
@@ -86,7 +60,7 @@ std::vector<ThreadId> listThreads() {
     }
     closedir(directory);
 
-    const ThreadId self = currentThreadId();
+    const ThreadId self = getThreadId();
     const std::vector<pthread_t> handles = linux_layer::knownHandles(tids);
     std::vector<ThreadId> threads;
     threads.reserve(tids.size());

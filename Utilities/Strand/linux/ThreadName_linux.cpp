@@ -20,9 +20,7 @@ namespace {
 // TASK_COMM_LEN less the terminating NUL.
 constexpr std::size_t kKernelNameBytes = 15;
 
-int setKernelName(const char* name) {
-    return pthread_setname_np(pthread_self(), name);
-}
+int setKernelName(const char* name) { return pthread_setname_np(pthread_self(), name); }
 
 std::atomic<NameSetter> gNameSetter{&setKernelName};
 
@@ -61,9 +59,8 @@ int setCurrentThreadName(const char* name) {
     const std::string shortName = fullName.substr(0, kKernelNameBytes);
     const int rc = gNameSetter.load(std::memory_order_acquire)(shortName.c_str());
     if (rc == 0) {
-        const ThreadId self = currentThreadId();
-        linux_layer::rememberCurrentThreadName(std::get<1>(self), std::get<0>(self), fullName,
-                                               shortName);
+        const ThreadId self = getThreadId();
+        linux_layer::rememberCurrentThreadName(std::get<1>(self), fullName, shortName);
     }
     return rc;
 }
