@@ -15,6 +15,7 @@ hint::hint() = default;
 
 hint::hint(const hint& other) = default;
 
+// The interface takes const references; NOLINTNEXTLINE(modernize-pass-by-value)
 hint::hint(const std::string& hintId, const std::string& hintName) : name(hintName), id(hintId) {}
 
 hint::~hint() = default;
@@ -58,7 +59,7 @@ scoped_hint hint::createExternalInputHint(const std::string& hintName) {
     const unsigned int count = hitCounter.fetch_add(1, std::memory_order_relaxed) + 1;
     // Unsigned arithmetic: a replaced random hook cannot make this overflow.
     const auto value = static_cast<int>(static_cast<unsigned int>(random) * 1000u + count % 1000u);
-    return scoped_hint(formatHintIdString(value), hintName);
+    return {formatHintIdString(value), hintName};
 }
 
 std::string hint::formatHintIdString(int value) {

@@ -100,12 +100,15 @@ std::string ScopedThreadName::filenameFromPath(const std::string& path) {
     return StringUtils::filenameFromPath(path);
 }
 
+// The interface takes listeners by value.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void ScopedThreadName::registerCallback(std::shared_ptr<IScopedThreadCallback> callback) {
-    notifier.registerCallback(std::move(callback));
+    notifier.registerCallback(callback);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void ScopedThreadName::unRegisterCallback(std::shared_ptr<IScopedThreadCallback> callback) {
-    notifier.unRegisterCallback(std::move(callback));
+    notifier.unRegisterCallback(callback);
 }
 
 void ScopedThreadName::initNotifier() { notifier.init(); }

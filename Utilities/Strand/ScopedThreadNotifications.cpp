@@ -6,7 +6,8 @@ namespace Strand {
 
 thread_local constinit const ScopedThreadName* thread_notifier_id = nullptr;
 
-void ScopedThreadNotifications::registerCallback(std::shared_ptr<IScopedThreadCallback> callback) {
+void ScopedThreadNotifications::registerCallback(
+    const std::shared_ptr<IScopedThreadCallback>& callback) {
     if (!callback || !enabled.load(std::memory_order_acquire)) {
         return;
     }
@@ -15,7 +16,7 @@ void ScopedThreadNotifications::registerCallback(std::shared_ptr<IScopedThreadCa
 }
 
 void ScopedThreadNotifications::unRegisterCallback(
-    std::shared_ptr<IScopedThreadCallback> callback) {
+    const std::shared_ptr<IScopedThreadCallback>& callback) {
     if (!callback || !enabled.load(std::memory_order_acquire)) {
         return;
     }

@@ -27,11 +27,11 @@ public:
 
     // Appends a weak reference; ignored for null or while disabled. Throws only
     // what allocation throws.
-    void registerCallback(std::shared_ptr<IScopedThreadCallback> callback);
+    void registerCallback(const std::shared_ptr<IScopedThreadCallback>& callback);
 
     // Removes the first live entry that holds callback's address under
     // callback's owner; ignored for null or while disabled. Never fails.
-    void unRegisterCallback(std::shared_ptr<IScopedThreadCallback> callback);
+    void unRegisterCallback(const std::shared_ptr<IScopedThreadCallback>& callback);
 
     // Calls operation on every live listener in registration order, on the
     // calling thread, with the lock released. A listener's exception ends the

@@ -4,28 +4,20 @@
 #pragma once
 
 #include <cstddef>
-#include <future>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "Strand/ScopedThreadName.h"
+#include "ThreadTestSupport.h"
 
 namespace context_test {
 
+using StrandTest::onNewThread;
+
 // Allocations through operator new on the calling thread so far.
 std::size_t allocationsOnThisThread();
-
-// Runs fn on a fresh thread and returns its result (or rethrows its exception).
-template <typename Fn>
-auto onNewThread(Fn fn) {
-    std::packaged_task<decltype(fn())()> task(std::move(fn));
-    auto result = task.get_future();
-    std::thread(std::move(task)).join();
-    return result.get();
-}
 
 // Whether ref was never set (as opposed to set and expired).
 template <typename T>
