@@ -2,5 +2,7 @@
 // names. Clients include this one header.
 #pragma once
 
+#include "Strand/ExecuteOnThread.h"
+#include "Strand/StackTrace.h"
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"
