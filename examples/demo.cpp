@@ -7,6 +7,8 @@
 #include <mutex>
 #include <thread>
 
+#include "StackTraceDemo.h"
+
 int main() {
     Strand::setThreadName("demo-main");
     const Strand::ThreadId self = Strand::getThreadId();
@@ -47,5 +49,7 @@ int main() {
     }
     changed.notify_all();
     worker.join();
+
+    showStackTraces();
     return 0;
 }

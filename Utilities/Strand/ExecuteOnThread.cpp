@@ -114,7 +114,7 @@ std::shared_ptr<SignalContext> acceptCall(int self) {
     return gSignalContext;
 }
 
-void raise(std::atomic<std::uint32_t>& flag) {
+void raiseFlag(std::atomic<std::uint32_t>& flag) {
     flag.store(1, std::memory_order_release);
     platform::wakeWaiters(flag);
 }
@@ -131,7 +131,7 @@ bool waitUntilRaised(const std::atomic<std::uint32_t>& flag, Clock::time_point d
 }
 
 void runCall(SignalContext& context) {
-    raise(context.started);
+    raiseFlag(context.started);
     try {
         if (context.function) {
             context.function();
@@ -139,7 +139,7 @@ void runCall(SignalContext& context) {
     } catch (...) {
         // Nothing thrown on the target reaches the caller.
     }
-    raise(context.finished);
+    raiseFlag(context.finished);
 }
 
 // Drops the handler's reference without ever freeing the call here: while it

@@ -1,8 +1,9 @@
 // Takes stack traces for a while of threads that are busy allocating, locking,
-// waiting, sleeping, ending and being replaced. Run as its own ctest test; its
+// waiting, sleeping, ending and being replaced, amid stray signals. Run as its own ctest test; its
 // length in seconds comes from STRAND_TORTURE_SECONDS (default 12).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -10,6 +11,7 @@
 #include <deque>
 #include <future>
 #include <iostream>
+#include <latch>
 #include <mutex>
 #include <optional>
 #include <random>
@@ -18,6 +20,7 @@
 #include <vector>
 
 #include "ParkedThread.h"
+#include "Strand/Platform.h"
 #include "Strand/StackTrace.h"
 
 // Named, not anonymous: the traced functions below take these types and must
@@ -26,12 +29,13 @@ namespace torture {
 
 constexpr int kWorkers = 16;
 
-// One thread at a time waits here, in a known function, until the sampler has
-// traced it and sent it on.
+// One thread at a time waits here, in a known function, until a sampler has
+// claimed it, traced it and sent it on.
 struct Gate {
     std::mutex mutex;
     std::condition_variable changed;
     std::optional<Strand::ThreadId> occupant;
+    bool claimed = false;
     bool closed = false;
 };
 
@@ -89,40 +93,59 @@ struct SamplerReport {
     std::vector<std::string> failures;
 };
 
-// The threads the sampler may pick from besides the gate's occupant.
+// The threads the samplers pick from besides the gate's occupant (and the
+// threads of the process's listing).
 struct Population {
     std::mutex mutex;
     std::vector<Strand::ThreadId> live;
     std::deque<Strand::ThreadId> ended;
+    std::vector<Strand::ThreadId> samplers;
 };
 
+// Takes the gate's occupant for one sampler, if there is one.
+std::optional<Strand::ThreadId> claimOccupant(Gate& gate) {
+    const std::lock_guard<std::mutex> lock(gate.mutex);
+    if (!gate.occupant || gate.claimed) {
+        return std::nullopt;
+    }
+    gate.claimed = true;
+    return gate.occupant;
+}
+
+void sendOn(Gate& gate) {
+    const std::lock_guard<std::mutex> lock(gate.mutex);
+    gate.occupant.reset();
+    gate.claimed = false;
+    gate.changed.notify_all();
+}
+
+// Two samplers run this, tracing each other too, so that a thread is signalled
+// also while it is itself a caller.
 STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& shared, Population& population,
-                                              SamplerReport& report) {
+                                              std::latch& bothRegistered, SamplerReport& report) {
     std::mt19937 random(std::random_device{}());
-    const Strand::ThreadId self = Strand::getThreadId();
+    {
+        const std::lock_guard<std::mutex> lock(population.mutex);
+        population.samplers.push_back(Strand::getThreadId());
+    }
+    bothRegistered.arrive_and_wait();
+    const std::vector<Strand::ThreadId> samplers = population.samplers;
     const auto check = [&](const Strand::ThreadId& thread, const std::string& trace) {
-        if (thread != self && trace.find("tortureSamplerLoop") != std::string::npos) {
-            report.failures.push_back("the sampler's frames in another thread's trace:\n" + trace);
+        const bool sampler = std::find(samplers.begin(), samplers.end(), thread) != samplers.end();
+        if (!sampler && trace.find("tortureSamplerLoop") != std::string::npos) {
+            report.failures.push_back("a sampler's frames in a worker's trace:\n" + trace);
         }
         report.traces += trace.empty() ? 0 : 1;
     };
     while (!shared.stop) {
-        Gate& gate = shared.gate;
-        std::optional<Strand::ThreadId> held;
-        {
-            const std::lock_guard<std::mutex> lock(gate.mutex);
-            held = gate.occupant;
-        }
-        if (held) {
+        if (const std::optional<Strand::ThreadId> held = claimOccupant(shared.gate)) {
             const std::string trace = Strand::getStackTrace({}, *held);
             check(*held, trace);
             if (!trace.empty() && trace.find("tortureHeldAtGate") == std::string::npos) {
                 report.failures.push_back("a thread held at the gate not named:\n" + trace);
             }
             report.gateTraces += trace.empty() ? 0 : 1;
-            const std::lock_guard<std::mutex> lock(gate.mutex);
-            gate.occupant.reset();
-            gate.changed.notify_all();
+            sendOn(shared.gate);
         }
         std::vector<Strand::ThreadId> candidates = Strand::getThreadIds();
         {
@@ -132,6 +155,21 @@ STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& shared, Population& popula
         }
         const Strand::ThreadId& picked = candidates[random() % candidates.size()];
         check(picked, Strand::getStackTrace({}, picked));
+    }
+}
+
+// Stray signals, also to the samplers while they publish and withdraw calls.
+void sendStraySignals(Shared& shared, Population& population) {
+    std::mt19937 random(std::random_device{}());
+    while (!shared.stop) {
+        std::vector<Strand::ThreadId> targets;
+        {
+            const std::lock_guard<std::mutex> lock(population.mutex);
+            targets = population.samplers;
+            targets.insert(targets.end(), population.live.begin(), population.live.end());
+        }
+        Strand::platform::sendCrossThreadSignal(targets[random() % targets.size()]);
+        std::this_thread::yield();
     }
 }
 
@@ -206,26 +244,37 @@ private:
 TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     Shared shared;
     Population population;
-    SamplerReport report;
+    std::latch bothRegistered(2);
+    SamplerReport reports[2];
     {
         Workers workers(shared, population);
-        std::thread sampler(tortureSamplerLoop, std::ref(shared), std::ref(population),
-                            std::ref(report));
+        std::thread samplers[2];
+        for (int i = 0; i < 2; ++i) {
+            samplers[i] = std::thread(tortureSamplerLoop, std::ref(shared), std::ref(population),
+                                      std::ref(bothRegistered), std::ref(reports[i]));
+        }
+        bothRegistered.wait();
+        std::thread strays(sendStraySignals, std::ref(shared), std::ref(population));
         workers.replaceEndedUntil(std::chrono::steady_clock::now() +
                                   std::chrono::seconds(tortureSeconds()));
         shared.stop = true;
-        sampler.join();
+        strays.join();
+        for (std::thread& sampler : samplers) {
+            sampler.join();
+        }
         {
             const std::lock_guard<std::mutex> lock(shared.gate.mutex);
             shared.gate.closed = true;
         }
         shared.gate.changed.notify_all();
     }
-    for (const std::string& failure : report.failures) {
-        ADD_FAILURE() << failure;
+    for (const SamplerReport& report : reports) {
+        for (const std::string& failure : report.failures) {
+            ADD_FAILURE() << failure;
+        }
+        EXPECT_GT(report.gateTraces, 0);
+        std::cout << report.traces << " traces, " << report.gateTraces << " at the gate\n";
     }
-    EXPECT_GT(report.gateTraces, 0);
-    std::cout << report.traces << " traces, " << report.gateTraces << " of a thread at the gate\n";
 }
 
 }  // namespace torture
