@@ -20,6 +20,7 @@
 #include <vector>
 
 #include "ParkedThread.h"
+#include "Strand/ExecuteOnThread.h"
 #include "Strand/Platform.h"
 #include "Strand/StackTrace.h"
 
@@ -254,6 +255,8 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
                                       std::ref(bothRegistered), std::ref(reports[i]));
         }
         bothRegistered.wait();
+        // Until the library has installed its handler, SIGUSR1 would end the process.
+        Strand::executeOnThread(Strand::getThreadId(), [] {});
         std::thread strays(sendStraySignals, std::ref(shared), std::ref(population));
         workers.replaceEndedUntil(std::chrono::steady_clock::now() +
                                   std::chrono::seconds(tortureSeconds()));
