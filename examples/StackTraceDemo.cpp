@@ -2,54 +2,37 @@
 
 #include <Strand/Strand.h>
 
-#include <condition_variable>
+#include <future>
 #include <iostream>
-#include <mutex>
 #include <thread>
 
-// A worker's idle loop. Exported (and never inlined) so that its name shows in
+// A worker's idle wait. Exported (and never inlined) so that its name shows in
 // stack traces: the demo is linked with ENABLE_EXPORTS, and the project compiles
 // with hidden visibility by default.
 __attribute__((noinline, visibility("default"))) void waitForFramesToParse(
-    std::condition_variable& changed, std::unique_lock<std::mutex>& lock, const bool& done) {
-    changed.wait(lock, [&done] { return done; });
+    std::promise<Strand::ThreadId>& waiting, std::future<void>& release) {
+    waiting.set_value(Strand::getThreadId());
+    release.wait();
 }
 
 void showStackTraces() {
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool waiting = false;
-    bool done = false;
-    Strand::ThreadId workerId;
-    std::thread worker([&] {
+    std::promise<Strand::ThreadId> waiting;
+    std::promise<void> release;
+    std::thread worker([&waiting, done = release.get_future()]() mutable {
         Strand::setThreadName("demo-parser");
-        std::unique_lock<std::mutex> lock(mutex);
-        workerId = Strand::getThreadId();
-        waiting = true;
-        changed.notify_all();
-        waitForFramesToParse(changed, lock, done);
+        waitForFramesToParse(waiting, done);
     });
-    {
-        std::unique_lock<std::mutex> lock(mutex);
-        changed.wait(lock, [&] { return waiting; });
-    }
+    const Strand::ThreadId workerId = waiting.get_future().get();
 
-    // The worker holds the mutex until its wait inside waitForFramesToParse
-    // releases it, so that is where it is now.
     std::cout << "stack trace of " << Strand::getThreadName(workerId) << " ("
               << Strand::getThreadIdString(workerId) << "), innermost frame first:\n"
               << Strand::getStackTrace({}, workerId);
 
-    std::cout << "threads of this process:\n";
+    std::cout << "every thread of this process, with its name:\n";
     for (const Strand::ThreadId& id : Strand::getThreadIds()) {
-        std::cout << "  " << Strand::getThreadIdString(id) << "  " << Strand::getThreadName(id)
+        std::cout << "  " << Strand::getThreadIdHexString(id) << "  " << Strand::getThreadName(id)
                   << "\n";
     }
-
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        done = true;
-    }
-    changed.notify_all();
+    release.set_value();
     worker.join();
 }
