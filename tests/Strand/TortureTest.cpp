@@ -1,6 +1,6 @@
 // Takes stack traces for a while of threads that are busy allocating, locking,
-// waiting, sleeping, ending and being replaced, amid stray signals. Run as its own ctest test; its
-// length in seconds comes from STRAND_TORTURE_SECONDS (default 12).
+// waiting, sleeping, ending and being replaced, amid stray signals. Run as its
+// own ctest test; its length in seconds comes from STRAND_TORTURE_SECONDS.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,7 +9,6 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <deque>
-#include <future>
 #include <iostream>
 #include <latch>
 #include <mutex>
@@ -28,250 +27,188 @@
 // keep external linkage to be exported.
 namespace torture {
 
-constexpr int kWorkers = 16;
-
-// One thread at a time waits here, in a known function, until a sampler has
+// One worker at a time waits here, in a known function, until a sampler has
 // claimed it, traced it and sent it on.
 struct Gate {
-    std::mutex mutex;
-    std::condition_variable changed;
     std::optional<Strand::ThreadId> occupant;
     bool claimed = false;
     bool closed = false;
 };
 
+// Everything the threads share; one mutex guards the gate and the thread lists.
 struct Shared {
     std::atomic<bool> stop{false};
-    std::mutex locks[4];
-    std::mutex waitMutex;
-    std::condition_variable waitCondition;
+    std::mutex mutex;
+    std::condition_variable changed;
     Gate gate;
+    std::vector<Strand::ThreadId> live;
+    std::deque<Strand::ThreadId> ended;  // the most recent 16
+    std::vector<Strand::ThreadId> samplers;
+    std::mutex busyLocks[4];
 };
 
-STRAND_TEST_TRACEABLE void tortureHeldAtGate(Gate& gate) {
-    std::unique_lock<std::mutex> lock(gate.mutex);
+struct Report {
+    int traces = 0;
+    int gateTraces = 0;
+    std::vector<std::string> failures;
+};
+
+STRAND_TEST_TRACEABLE void tortureHeldAtGate(Shared& shared) {
+    std::unique_lock<std::mutex> lock(shared.mutex);
+    Gate& gate = shared.gate;
     if (gate.occupant || gate.closed) {
         return;
     }
     const Strand::ThreadId self = Strand::getThreadId();
     gate.occupant = self;
-    gate.changed.wait(lock, [&] { return gate.occupant != self || gate.closed; });
+    shared.changed.wait(lock, [&] { return gate.occupant != self || gate.closed; });
 }
 
 void workerBody(Shared& shared, unsigned seed) {
     std::mt19937 random(seed);
-    const int iterations = 20 + static_cast<int>(random() % 200);
-    for (int i = 0; i < iterations && !shared.stop; ++i) {
+    for (int i = 20 + static_cast<int>(random() % 200); i > 0 && !shared.stop; --i) {
         switch (random() % 5) {
             case 0: {
-                std::vector<std::string> garbage(1 + random() % 32,
-                                                 std::string(random() % 512, 'x'));
+                std::vector<std::string> garbage(random() % 32, std::string(random() % 512, 'x'));
                 break;
             }
             case 1: {
-                const std::lock_guard<std::mutex> lock(shared.locks[random() % 4]);
+                const std::lock_guard<std::mutex> lock(shared.busyLocks[random() % 4]);
                 std::this_thread::yield();
                 break;
             }
             case 2: {
-                std::unique_lock<std::mutex> lock(shared.waitMutex);
-                shared.waitCondition.wait_for(lock, std::chrono::microseconds(500));
-                shared.waitCondition.notify_one();
+                std::unique_lock<std::mutex> lock(shared.mutex);
+                shared.changed.wait_for(lock, std::chrono::microseconds(500));
                 break;
             }
             case 3:
                 std::this_thread::sleep_for(std::chrono::microseconds(200));
                 break;
             default:
-                tortureHeldAtGate(shared.gate);
+                tortureHeldAtGate(shared);
         }
     }
 }
 
-struct SamplerReport {
-    int gateTraces = 0;
-    int traces = 0;
-    std::vector<std::string> failures;
-};
-
-// The threads the samplers pick from besides the gate's occupant (and the
-// threads of the process's listing).
-struct Population {
-    std::mutex mutex;
-    std::vector<Strand::ThreadId> live;
-    std::deque<Strand::ThreadId> ended;
-    std::vector<Strand::ThreadId> samplers;
-};
-
-// Takes the gate's occupant for one sampler, if there is one.
-std::optional<Strand::ThreadId> claimOccupant(Gate& gate) {
-    const std::lock_guard<std::mutex> lock(gate.mutex);
-    if (!gate.occupant || gate.claimed) {
-        return std::nullopt;
+// Runs one worker after another until stop, each listed while it runs.
+void runWorkerSlot(Shared& shared, unsigned seed) {
+    while (!shared.stop) {
+        std::thread worker([&shared, seed = seed++] {
+            const Strand::ThreadId self = Strand::getThreadId();
+            {
+                const std::lock_guard<std::mutex> lock(shared.mutex);
+                shared.live.push_back(self);
+            }
+            workerBody(shared, seed);
+            const std::lock_guard<std::mutex> lock(shared.mutex);
+            std::erase(shared.live, self);
+            shared.ended.push_back(self);
+            if (shared.ended.size() > 16) {
+                shared.ended.pop_front();
+            }
+        });
+        worker.join();
     }
-    gate.claimed = true;
-    return gate.occupant;
 }
 
-void sendOn(Gate& gate) {
-    const std::lock_guard<std::mutex> lock(gate.mutex);
-    gate.occupant.reset();
-    gate.claimed = false;
-    gate.changed.notify_all();
-}
-
-// Two samplers run this, tracing each other too, so that a thread is signalled
-// also while it is itself a caller.
-STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& shared, Population& population,
-                                              std::latch& bothRegistered, SamplerReport& report) {
+// Two samplers run this, tracing each other too, so that threads are signalled
+// also while they are callers themselves.
+STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& shared, Report& report) {
     std::mt19937 random(std::random_device{}());
-    {
-        const std::lock_guard<std::mutex> lock(population.mutex);
-        population.samplers.push_back(Strand::getThreadId());
-    }
-    bothRegistered.arrive_and_wait();
-    const std::vector<Strand::ThreadId> samplers = population.samplers;
-    const auto check = [&](const Strand::ThreadId& thread, const std::string& trace) {
-        const bool sampler = std::find(samplers.begin(), samplers.end(), thread) != samplers.end();
-        if (!sampler && trace.find("tortureSamplerLoop") != std::string::npos) {
+    const auto check = [&](const Strand::ThreadId& thread, const std::string& trace, bool atGate) {
+        report.traces += trace.empty() ? 0 : 1;
+        report.gateTraces += atGate && !trace.empty() ? 1 : 0;
+        if (atGate && !trace.empty() && trace.find("tortureHeldAtGate") == std::string::npos) {
+            report.failures.push_back("a thread held at the gate, not named:\n" + trace);
+        }
+        const auto& samplers = shared.samplers;
+        if (std::find(samplers.begin(), samplers.end(), thread) == samplers.end() &&
+            trace.find("tortureSamplerLoop") != std::string::npos) {
             report.failures.push_back("a sampler's frames in a worker's trace:\n" + trace);
         }
-        report.traces += trace.empty() ? 0 : 1;
     };
     while (!shared.stop) {
-        if (const std::optional<Strand::ThreadId> held = claimOccupant(shared.gate)) {
-            const std::string trace = Strand::getStackTrace({}, *held);
-            check(*held, trace);
-            if (!trace.empty() && trace.find("tortureHeldAtGate") == std::string::npos) {
-                report.failures.push_back("a thread held at the gate not named:\n" + trace);
-            }
-            report.gateTraces += trace.empty() ? 0 : 1;
-            sendOn(shared.gate);
-        }
+        std::optional<Strand::ThreadId> held;
         std::vector<Strand::ThreadId> candidates = Strand::getThreadIds();
         {
-            const std::lock_guard<std::mutex> lock(population.mutex);
-            candidates.insert(candidates.end(), population.live.begin(), population.live.end());
-            candidates.insert(candidates.end(), population.ended.begin(), population.ended.end());
+            const std::lock_guard<std::mutex> lock(shared.mutex);
+            if (shared.gate.occupant && !shared.gate.claimed) {
+                shared.gate.claimed = true;
+                held = shared.gate.occupant;
+            }
+            candidates.insert(candidates.end(), shared.live.begin(), shared.live.end());
+            candidates.insert(candidates.end(), shared.ended.begin(), shared.ended.end());
+        }
+        if (held) {
+            check(*held, Strand::getStackTrace({}, *held), true);
+            const std::lock_guard<std::mutex> lock(shared.mutex);
+            shared.gate.occupant.reset();
+            shared.gate.claimed = false;
+            shared.changed.notify_all();
         }
         const Strand::ThreadId& picked = candidates[random() % candidates.size()];
-        check(picked, Strand::getStackTrace({}, picked));
+        check(picked, Strand::getStackTrace({}, picked), false);
     }
 }
 
-// Stray signals, also to the samplers while they publish and withdraw calls.
-void sendStraySignals(Shared& shared, Population& population) {
+// Stray signals: every other one to a sampler, to land also while it publishes
+// or withdraws a call, the rest to workers.
+void sendStraySignals(Shared& shared) {
     std::mt19937 random(std::random_device{}());
-    while (!shared.stop) {
-        std::vector<Strand::ThreadId> targets;
+    for (unsigned i = 0; !shared.stop; ++i) {
+        Strand::ThreadId target;
         {
-            const std::lock_guard<std::mutex> lock(population.mutex);
-            targets = population.samplers;
-            targets.insert(targets.end(), population.live.begin(), population.live.end());
+            const std::lock_guard<std::mutex> lock(shared.mutex);
+            const auto& pool = i % 2 == 0 || shared.live.empty() ? shared.samplers : shared.live;
+            target = pool[random() % pool.size()];
         }
-        Strand::platform::sendCrossThreadSignal(targets[random() % targets.size()]);
+        Strand::platform::sendCrossThreadSignal(target);
         std::this_thread::yield();
     }
 }
 
-int tortureSeconds() {
+std::chrono::seconds tortureDuration() {
     const char* text = std::getenv("STRAND_TORTURE_SECONDS");
     const int seconds = text != nullptr ? std::atoi(text) : 0;
-    return seconds > 0 ? seconds : 12;
+    return std::chrono::seconds(seconds > 0 ? seconds : 12);
 }
 
-// Keeps kWorkers workers running, replacing each one that ends.
-class Workers {
-public:
-    Workers(Shared& shared, Population& population) : shared_(shared), population_(population) {
-        for (int slot = 0; slot < kWorkers; ++slot) {
-            launch(slot);
-        }
-    }
-    ~Workers() {
-        for (std::thread& thread : threads_) {
-            thread.join();
-        }
-    }
-
-    void replaceEndedUntil(std::chrono::steady_clock::time_point deadline) {
-        while (std::chrono::steady_clock::now() < deadline) {
-            std::vector<int> ended;
-            {
-                std::unique_lock<std::mutex> lock(mutex_);
-                exited_.wait_until(lock, deadline, [this] { return !endedSlots_.empty(); });
-                ended.swap(endedSlots_);
-            }
-            for (const int slot : ended) {
-                threads_[slot].join();
-                launch(slot);
-            }
-        }
-    }
-
-private:
-    void launch(int slot) {
-        std::promise<Strand::ThreadId> started;
-        std::future<Strand::ThreadId> id = started.get_future();
-        const auto body = [this, slot](unsigned seed, std::promise<Strand::ThreadId> running) {
-            running.set_value(Strand::getThreadId());
-            workerBody(shared_, seed);
-            const std::lock_guard<std::mutex> lock(mutex_);
-            endedSlots_.push_back(slot);
-            exited_.notify_all();
-        };
-        threads_[slot] = std::thread(body, nextSeed_++, std::move(started));
-        const std::lock_guard<std::mutex> lock(population_.mutex);
-        if (std::get<1>(ids_[slot]) != 0) {
-            population_.ended.push_back(ids_[slot]);
-            if (population_.ended.size() > kWorkers) {
-                population_.ended.pop_front();
-            }
-        }
-        ids_[slot] = id.get();
-        population_.live.assign(ids_.begin(), ids_.end());
-    }
-
-    Shared& shared_;
-    Population& population_;
-    std::mutex mutex_;
-    std::condition_variable exited_;
-    std::vector<int> endedSlots_;
-    std::vector<std::thread> threads_ = std::vector<std::thread>(kWorkers);
-    std::vector<Strand::ThreadId> ids_ = std::vector<Strand::ThreadId>(kWorkers);
-    unsigned nextSeed_ = 1;
-};
-
 TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
+    // Until the library has installed its handler, SIGUSR1 would end the process.
+    Strand::executeOnThread(Strand::getThreadId(), [] {});
     Shared shared;
-    Population population;
-    std::latch bothRegistered(2);
-    SamplerReport reports[2];
-    {
-        Workers workers(shared, population);
-        std::thread samplers[2];
-        for (int i = 0; i < 2; ++i) {
-            samplers[i] = std::thread(tortureSamplerLoop, std::ref(shared), std::ref(population),
-                                      std::ref(bothRegistered), std::ref(reports[i]));
-        }
-        bothRegistered.wait();
-        // Until the library has installed its handler, SIGUSR1 would end the process.
-        Strand::executeOnThread(Strand::getThreadId(), [] {});
-        std::thread strays(sendStraySignals, std::ref(shared), std::ref(population));
-        workers.replaceEndedUntil(std::chrono::steady_clock::now() +
-                                  std::chrono::seconds(tortureSeconds()));
-        shared.stop = true;
-        strays.join();
-        for (std::thread& sampler : samplers) {
-            sampler.join();
-        }
-        {
-            const std::lock_guard<std::mutex> lock(shared.gate.mutex);
-            shared.gate.closed = true;
-        }
-        shared.gate.changed.notify_all();
+    Report reports[2];
+    std::latch samplersKnown(3);
+    std::vector<std::thread> threads;
+    for (Report& report : reports) {
+        threads.emplace_back([&shared, &samplersKnown, &report] {
+            {
+                const std::lock_guard<std::mutex> lock(shared.mutex);
+                shared.samplers.push_back(Strand::getThreadId());
+            }
+            samplersKnown.arrive_and_wait();
+            tortureSamplerLoop(shared, report);
+        });
     }
-    for (const SamplerReport& report : reports) {
+    for (unsigned slot = 0; slot < 16; ++slot) {
+        threads.emplace_back(runWorkerSlot, std::ref(shared), slot * 1000);
+    }
+    samplersKnown.arrive_and_wait();
+    threads.emplace_back(sendStraySignals, std::ref(shared));
+
+    std::this_thread::sleep_for(tortureDuration());
+    shared.stop = true;
+    {
+        const std::lock_guard<std::mutex> lock(shared.mutex);
+        shared.gate.closed = true;
+    }
+    shared.changed.notify_all();
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    for (const Report& report : reports) {
         for (const std::string& failure : report.failures) {
             ADD_FAILURE() << failure;
         }
