@@ -7,19 +7,21 @@
 //   bare+bt   the bare round trip with one backtrace() in the handler and one
 //             backtrace_symbols() in the caller.
 // Reported as counters in microseconds, with the ratios of the medians.
-#include <Strand/Strand.h>
-#include <benchmark/benchmark.h>
 #include <execinfo.h>
-#include <signal.h>
+
+#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <cstdlib>
 #include <mutex>
 #include <thread>
 #include <vector>
+
+#include "Strand/Strand.h"
 
 namespace {
 

@@ -11,10 +11,10 @@
 #pragma once
 
 #include <pthread.h>
-#include <signal.h>
 
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <string>

@@ -23,6 +23,8 @@ struct Recording {
 
 }  // namespace
 
+// The interface takes the handle, the thread and the callbacks by value.
+// NOLINTBEGIN(performance-unnecessary-value-param)
 std::string getStackTrace(quill::handle<ICoreFramework> /*framework*/, ThreadId thread) {
     const auto recording = std::make_shared<Recording>();
     executeOnThread(thread, [recording] {
@@ -68,5 +70,6 @@ std::vector<ThreadSamples> sampleProcessAllThread(const int& /*pid*/, const Thre
                                                   SampleCallback /*callback*/) {
     return {};
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 }  // namespace Strand

@@ -1,12 +1,11 @@
 #include "Strand/ExecuteOnThread.h"
 
-#include <signal.h>
-
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <climits>
+#include <csignal>
 #include <future>
 #include <stdexcept>
 #include <thread>

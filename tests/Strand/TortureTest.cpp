@@ -168,13 +168,15 @@ void sendStraySignals(Shared& shared) {
     }
 }
 
+// Read before the test starts any thread.
 std::chrono::seconds tortureDuration() {
-    const char* text = std::getenv("STRAND_TORTURE_SECONDS");
+    const char* text = std::getenv("STRAND_TORTURE_SECONDS");  // NOLINT(concurrency-mt-unsafe)
     const int seconds = text != nullptr ? std::atoi(text) : 0;
     return std::chrono::seconds(seconds > 0 ? seconds : 12);
 }
 
 TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
+    const std::chrono::seconds duration = tortureDuration();
     // Until the library has installed its handler, SIGUSR1 would end the process.
     Strand::executeOnThread(Strand::getThreadId(), [] {});
     Shared shared;
@@ -197,7 +199,7 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     samplersKnown.arrive_and_wait();
     threads.emplace_back(sendStraySignals, std::ref(shared));
 
-    std::this_thread::sleep_for(tortureDuration());
+    std::this_thread::sleep_for(duration);
     shared.stop = true;
     {
         const std::lock_guard<std::mutex> lock(shared.mutex);

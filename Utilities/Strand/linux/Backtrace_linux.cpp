@@ -31,7 +31,7 @@ std::shared_ptr<char*> describeFrames(void* const* frames, int count) {
     }
     // If the owner cannot be allocated, shared_ptr calls the deleter before
     // passing the exception on, so the block is freed on that path too.
-    return std::shared_ptr<char*>(block, [](char** symbols) { std::free(symbols); });
+    return {block, [](char** symbols) { std::free(symbols); }};
 }
 
 }  // namespace Strand::platform
