@@ -13,6 +13,8 @@
 // The workers stay parked inside their scopes while the tour looks at them.
 #include <Strand/Strand.h>
 
+#include "StackTraceDemo.h"
+
 #include <condition_variable>
 #include <iostream>
 #include <mutex>
@@ -57,12 +59,6 @@ public:
 
     // The store; its owner is this object, not any thread.
     const std::shared_ptr<context_store>& store() const { return store_; }
-
-    // A worker that waits inside its scope until release().
-    Strand::ThreadId parkedWorker() const {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        return parked_.front();
-    }
 
     // Lets the workers leave their scopes and waits for them.
     void release() {
@@ -154,9 +150,8 @@ int main() {
     TracedRoad road;
     road.start();
     showStore(*road.store());
-    showThreads();
-    // Further steps go here: the workers are parked inside their scopes, and
-    // road.parkedWorker() names one of them.
+    showStackTraces();
+    showThreads();  // the workers are still parked inside their scopes
     road.release();
 
     std::cout << "== the listener saw " << listener->started << " scopes start and "

@@ -12,6 +12,11 @@
 
 #include <pthread.h>
 
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -47,6 +52,56 @@ std::string threadName(const ThreadId& id);
 // make it refuse) and returns the previous one; nullptr restores the default.
 using NameSetter = int (*)(const char* name);
 NameSetter exchangeNameSetterForTesting(NameSetter setter);
+
+// --- The cross-thread signal (SIGUSR1), which the library owns once installed.
+
+using SignalHandler = void (*)(int signalNumber, siginfo_t* info, void* context);
+
+// Installs handler for the cross-thread signal for the rest of the process's
+// life: three-argument form, empty mask (so the signal itself is blocked while
+// the handler runs), and no automatic restart of interrupted calls. The previous
+// disposition is dropped. Returns false if the platform refuses.
+bool installCrossThreadHandler(SignalHandler handler);
+
+// Sends the cross-thread signal to thread. Returns 0, or the platform's error
+// number when the signal cannot be sent (a thread that has ended, an id that
+// names no thread of this process). Signal-safe.
+int sendCrossThreadSignal(const ThreadId& thread);
+
+// Blocks the cross-thread signal on the calling thread. Returns true if this
+// call blocked it, false if it was blocked already. Signal-safe.
+bool blockCrossThreadSignal();
+
+// Unblocks the cross-thread signal on the calling thread; one that is pending
+// is handled before this returns. Signal-safe.
+void unblockCrossThreadSignal();
+
+// --- Handshakes with signal handlers, which may not use mutexes, condition
+// variables or promises to wake a waiting thread.
+
+// Blocks while word holds expected, until woken by wakeWaiters, until deadline
+// passes, or spuriously: the caller checks the word again. Not signal-safe.
+void waitWhileEquals(const std::atomic<std::uint32_t>& word, std::uint32_t expected,
+                     std::chrono::steady_clock::time_point deadline);
+
+// Wakes every thread blocked in waitWhileEquals on word. Signal-safe.
+void wakeWaiters(const std::atomic<std::uint32_t>& word);
+
+// --- Backtraces of the calling thread.
+
+// Loads whatever captureBacktrace needs, so that its first use inside a signal
+// handler loads nothing. Call outside signal handlers; repeated calls are cheap.
+void prepareBacktrace();
+
+// Writes up to capacity return addresses of the calling thread's stack into
+// frames, innermost first, and returns how many; 0 if none (or capacity <= 0).
+// Signal-safe once prepareBacktrace has run.
+int captureBacktrace(void** frames, int capacity);
+
+// One NUL-terminated description (image, address, symbol and offset) per frame
+// of frames[0, count), in one block that the result owns and frees exactly once.
+// Null on refusal or count <= 0. Allocates; not signal-safe.
+std::shared_ptr<char*> describeFrames(void* const* frames, int count);
 
 }  // namespace platform
 }  // namespace Strand

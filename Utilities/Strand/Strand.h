@@ -2,6 +2,8 @@
 // names. Clients include this one header.
 #pragma once
 
+#include "Strand/ExecuteOnThread.h"
 #include "Strand/ScopedThreadName.h"
+#include "Strand/StackTrace.h"
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"

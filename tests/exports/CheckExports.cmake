@@ -45,8 +45,8 @@ endif()
 list(LENGTH actual count)
 message(STATUS "libStrand exports exactly the ${count} listed symbols")
 
-get_filename_component(sections_file ${LIBRARY} NAME)
-set(sections_file "${CMAKE_CURRENT_BINARY_DIR}/${sections_file}.rodata")
+# Written beside the library, inside the build tree.
+set(sections_file "${LIBRARY}.sections")
 execute_process(COMMAND ${OBJCOPY} -O binary --only-section=.rodata --only-section=.text --only-section=.data --only-section=.data.rel.ro ${LIBRARY} ${sections_file}
   RESULT_VARIABLE objcopy_result)
 if(NOT objcopy_result EQUAL 0)

@@ -1,0 +1,34 @@
+// Runs a function on another thread of this process, inside that thread's
+// handler for SIGUSR1, and waits a bounded time for it.
+//
+// From the first call on, the library owns SIGUSR1 for the whole process: it
+// installs its own handler (replacing any other) and keeps it until exit. Code
+// that needs SIGUSR1 for itself cannot use this function.
+#pragma once
+
+#include <functional>
+
+#include "Strand/Export.h"
+#include "Strand/ThreadId.h"
+
+namespace Strand {
+
+// Runs function on thread and returns when it has finished, or when a wait has
+// run out, or at once if the signal cannot be sent. Reports nothing: a caller
+// that needs to know must look at what function produced.
+//
+// * thread is the calling thread (all three elements equal): function runs
+//   here and now; what it throws reaches the caller, and an empty function
+//   throws std::bad_function_call.
+// * Another thread: function runs inside that thread's signal handler, at
+//   whatever point the thread was interrupted, so it must only do what is safe
+//   there. The caller waits at most 100 ms for the thread to accept the call
+//   (it may have SIGUSR1 blocked; the call is then withdrawn and never runs) and
+//   then at most 4 s for function to return; a slower function runs on to its
+//   end, after this call has returned, on its own copy of function. Whatever
+//   function throws there is dropped; an empty function does nothing.
+// * Calls for other threads are served one at a time in the process; a caller
+//   may wait behind others for up to about 4.1 s each.
+STRAND_EXPORT void executeOnThread(const ThreadId& thread, const std::function<void()>& function);
+
+}  // namespace Strand
