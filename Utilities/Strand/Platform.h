@@ -6,8 +6,9 @@
 //     empty string or an empty vector, as stated.
 //   * "Signal-safe" means async-signal-safe: callable from a signal handler.
 //
-// One implementation per OS: linux/*.cpp (kernel TIDs, /proc, prctl) and
-// apple/*.cpp (Mach ports, task_threads, pthread_*_np).
+// One implementation per OS: linux/*.cpp (kernel TIDs, /proc, prctl, futex)
+// and apple/*.cpp (Mach ports, task_threads, pthread_*_np, Mach semaphores),
+// plus unix/*.cpp for what both define alike (signal masks, <execinfo.h>).
 #pragma once
 
 #include <pthread.h>
@@ -54,6 +55,9 @@ using NameSetter = int (*)(const char* name);
 NameSetter exchangeNameSetterForTesting(NameSetter setter);
 
 // --- The cross-thread signal (SIGUSR1), which the library owns once installed.
+
+// The signal the library owns for cross-thread calls.
+constexpr int kCrossThreadSignal = SIGUSR1;
 
 using SignalHandler = void (*)(int signalNumber, siginfo_t* info, void* context);
 

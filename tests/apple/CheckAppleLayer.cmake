@@ -1,7 +1,9 @@
-# Compiles every source of the macOS platform layer with clang -fsyntax-only
+# Compiles every source of the macOS platform layer (and the parts it shares
+# with Linux) with clang -fsyntax-only
 # against the declaration-only Apple headers in tools/apple-sdk, with the
 # warnings the rest of the tree uses.
-file(GLOB sources ${SOURCE_DIR}/Utilities/Strand/apple/*.cpp)
+file(GLOB sources ${SOURCE_DIR}/Utilities/Strand/apple/*.cpp
+  ${SOURCE_DIR}/Utilities/Strand/unix/*.cpp)
 if(NOT sources)
   message(FATAL_ERROR "no sources in ${SOURCE_DIR}/Utilities/Strand/apple")
 endif()

@@ -21,6 +21,9 @@ int setCurrentThreadName(const char* name) {
 }
 
 std::string threadName(const ThreadId& id) {
+    if (std::get<0>(id) == pthread_t{}) {
+        return {};  // a listed thread without a POSIX handle cannot be asked
+    }
     char buffer[128] = {};
     pthread_getname_np(std::get<0>(id), buffer, sizeof buffer);
     return buffer;

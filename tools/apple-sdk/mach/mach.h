@@ -21,6 +21,14 @@ typedef uintptr_t vm_address_t;
 typedef uintptr_t vm_size_t;
 typedef natural_t thread_flavor_t;
 typedef integer_t* thread_info_t;
+typedef mach_port_t semaphore_t;
+typedef int clock_res_t;
+typedef struct mach_timespec {
+    unsigned int tv_sec;
+    clock_res_t tv_nsec;
+} mach_timespec_t;
+
+#define SYNC_POLICY_FIFO 0x0
 
 #define KERN_SUCCESS 0
 #define MACH_PORT_NULL ((mach_port_t)0)
@@ -51,6 +59,10 @@ kern_return_t thread_info(thread_inspect_t target_act, thread_flavor_t flavor,
                           mach_msg_type_number_t* thread_info_outCnt);
 kern_return_t mach_port_deallocate(ipc_space_t task, mach_port_name_t name);
 kern_return_t vm_deallocate(vm_map_t target_task, vm_address_t address, vm_size_t size);
+kern_return_t semaphore_create(task_t task, semaphore_t* semaphore, int policy, int value);
+kern_return_t semaphore_signal(semaphore_t semaphore);
+kern_return_t semaphore_signal_all(semaphore_t semaphore);
+kern_return_t semaphore_timedwait(semaphore_t semaphore, mach_timespec_t wait_time);
 
 #ifdef __cplusplus
 }

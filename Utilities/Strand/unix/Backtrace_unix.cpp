@@ -1,6 +1,7 @@
-// Backtraces on Linux with glibc's <execinfo.h>. The first backtrace() in a
-// process loads the unwinder (libgcc_s) with dlopen, which allocates and takes
-// the loader's lock: prepareBacktrace does that outside any signal handler.
+// Backtraces with <execinfo.h>, which glibc and macOS both provide. On Linux the
+// first backtrace() in a process loads the unwinder (libgcc_s) with dlopen,
+// which allocates and takes the loader's lock: prepareBacktrace does that
+// outside any signal handler.
 #include <execinfo.h>
 
 #include <cstdlib>
