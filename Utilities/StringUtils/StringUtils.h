@@ -4,3 +4,4 @@
 #pragma once
 
 #include "StringUtils/HexAndFileName.h"
+#include "StringUtils/Addresses.h"
