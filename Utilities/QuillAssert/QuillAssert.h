@@ -67,7 +67,9 @@ public:
             buffer[k] = static_cast<char>(static_cast<unsigned char>(bytes_[position]) ^
                                           key_arr[position % key_arr.size()]);
         }
-        return std::string(buffer.c_str());
+        // The text ends at the first NUL that descrambling produced.
+        buffer.resize(std::char_traits<char>::length(buffer.data()));
+        return buffer;
     }
 
     static constexpr std::size_t size() { return N; }

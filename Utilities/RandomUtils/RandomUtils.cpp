@@ -51,9 +51,7 @@ int rand(int low, int high, bool randomSign) {
     return overrideable::g_randFunc(low, high, randomSign);
 }
 
-bool rand_bool() {
-    return rand(1, 2, false) == 1;
-}
+bool rand_bool() { return rand(1, 2, false) == 1; }
 
 int uniform_rand_dist(int base, unsigned int spread) {
     const int offset = rand(0, static_cast<int>(spread), true);

@@ -27,12 +27,8 @@ void setThreadName(const std::string& name) {
                       "pthread_setname_np failed :" + name);
 }
 
-std::string getThreadName() {
-    return getThreadName(getThreadId());
-}
+std::string getThreadName() { return getThreadName(getThreadId()); }
 
-std::string getThreadName(ThreadId id) {
-    return platform::threadName(id);
-}
+std::string getThreadName(ThreadId id) { return platform::threadName(id); }
 
 }  // namespace Strand

@@ -8,9 +8,8 @@ namespace {
 
 TEST(HexAndFileName, ToHexString) {
     const std::pair<int, const char*> cases[] = {
-        {0, "0x0"},          {255, "0xff"},       {1234, "0x4d2"},
-        {INT_MAX, "0x7fffffff"}, {-1, "0xffffffff"}, {INT_MIN, "0x80000000"},
-        {-16, "0xfffffff0"},
+        {0, "0x0"},         {255, "0xff"},           {1234, "0x4d2"},     {INT_MAX, "0x7fffffff"},
+        {-1, "0xffffffff"}, {INT_MIN, "0x80000000"}, {-16, "0xfffffff0"},
     };
     for (const auto& [value, text] : cases) {
         SCOPED_TRACE(value);

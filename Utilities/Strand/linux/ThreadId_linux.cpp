@@ -31,13 +31,9 @@ ThreadId computeAndCache() {
     return tCached.id;
 }
 
-void prepareFork() {
-    linux_layer::lockForFork();
-}
+void prepareFork() { linux_layer::lockForFork(); }
 
-void parentAfterFork() {
-    linux_layer::unlockAfterForkInParent();
-}
+void parentAfterFork() { linux_layer::unlockAfterForkInParent(); }
 
 void childAfterFork() {
     // Runs on the forking thread, the only thread of the child.
@@ -51,9 +47,7 @@ void childAfterFork() {
 
 }  // namespace
 
-int gettid() {
-    return static_cast<int>(syscall(SYS_gettid));
-}
+int gettid() { return static_cast<int>(syscall(SYS_gettid)); }
 
 int getUnixThreadId(pthread_t thread) {
     if (pthread_equal(thread, pthread_self())) {
@@ -77,7 +71,8 @@ std::vector<ThreadId> listThreads() {
         return {};
     }
     std::vector<int> tids;
-    while (const dirent* entry = readdir(directory)) {
+    // readdir is safe here: the stream is private to this call.
+    while (const dirent* entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
         char* end = nullptr;
         const long tid = std::strtol(entry->d_name, &end, 10);
         if (end != entry->d_name && *end == '\0' && tid > 0) {

@@ -20,9 +20,7 @@ namespace {
 // TASK_COMM_LEN less the terminating NUL.
 constexpr std::size_t kKernelNameBytes = 15;
 
-int setKernelName(const char* name) {
-    return pthread_setname_np(pthread_self(), name);
-}
+int setKernelName(const char* name) { return pthread_setname_np(pthread_self(), name); }
 
 std::atomic<NameSetter> gNameSetter{&setKernelName};
 

@@ -24,7 +24,7 @@ struct Registry {
 
 // Never destroyed: threads may end while static destructors run.
 Registry& registry() {
-    static Registry* const instance = new Registry;
+    static auto* const instance = new Registry;
     return *instance;
 }
 
@@ -97,13 +97,9 @@ std::optional<std::string> fullNameIfCurrent(int tid, const std::string& kernelN
     return found->second.fullName;
 }
 
-void lockForFork() {
-    registry().mutex.lock();
-}
+void lockForFork() { registry().mutex.lock(); }
 
-void unlockAfterForkInParent() {
-    registry().mutex.unlock();
-}
+void unlockAfterForkInParent() { registry().mutex.unlock(); }
 
 void unlockAfterForkInChild(int oldTid, int newTid) {
     auto& threads = registry().threads;

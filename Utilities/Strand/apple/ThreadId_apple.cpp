@@ -1,0 +1,129 @@
+// Thread identity on macOS: (pthread_self(), pthread_threadid_np cut to its low
+// 32 bits, Mach thread port). The port is the primary id.
+//
+// Port references: mach_thread_self() adds a user reference to the thread's
+// port on every call. The triple is cached per thread, so the port is asked for
+// once per thread, and the added reference is dropped at once: the threading
+// library holds its own reference for the thread's whole life, so the name stays
+// valid while the thread lives, and a ThreadId only ever uses it as an
+// identifier. Likewise the task port that task_for_pid() returns for the own
+// process, and every thread port that task_threads() lists, are released before
+// the listing returns, so no call leaves the reference counts higher than it
+// found them.
+#include <mach/mach.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cstdint>
+
+#include "Strand/Platform.h"
+
+namespace Strand {
+
+namespace {
+
+struct CachedIdentity {
+    ThreadId id{};
+    bool valid = false;
+};
+constinit thread_local CachedIdentity tCached;
+
+int lowBits(std::uint64_t id) { return static_cast<int>(static_cast<std::uint32_t>(id)); }
+
+ThreadId computeAndCache() {
+    const pthread_t self = pthread_self();
+    const mach_port_t port = mach_thread_self();
+    mach_port_deallocate(mach_task_self(), port);
+    tCached.id = ThreadId{self, getUnixThreadId(self), port};
+    tCached.valid = true;
+    return tCached.id;
+}
+
+void childAfterFork() {
+    // The child's only thread has a port and an id of its own.
+    tCached.valid = false;
+}
+
+[[maybe_unused]] const bool gForkHandlerInstalled =
+    pthread_atfork(nullptr, nullptr, &childAfterFork) == 0;
+
+// The numeric id of a listed thread that has no POSIX handle, from the kernel.
+int unixThreadIdOfPort(mach_port_t port) {
+    thread_identifier_info_data_t info{};
+    mach_msg_type_number_t count = THREAD_IDENTIFIER_INFO_COUNT;
+    if (thread_info(port, THREAD_IDENTIFIER_INFO, reinterpret_cast<thread_info_t>(&info), &count) !=
+        KERN_SUCCESS) {
+        return 0;
+    }
+    return lowBits(info.thread_id);
+}
+
+// The array task_threads() returned: its port references are dropped and the
+// array freed on every path, exceptions included.
+struct ThreadPortList {
+    thread_act_array_t ports = nullptr;
+    mach_msg_type_number_t count = 0;
+
+    ThreadPortList() = default;
+    ThreadPortList(const ThreadPortList&) = delete;
+    ThreadPortList& operator=(const ThreadPortList&) = delete;
+    ~ThreadPortList() {
+        for (mach_msg_type_number_t i = 0; i < count; ++i) {
+            mach_port_deallocate(mach_task_self(), ports[i]);
+        }
+        vm_deallocate(mach_task_self(), reinterpret_cast<vm_address_t>(ports),
+                      sizeof(thread_act_t) * count);
+    }
+};
+
+}  // namespace
+
+int gettid() {
+    std::uint64_t id = 0;
+    pthread_threadid_np(pthread_t{}, &id);  // a null handle means the caller
+    return lowBits(id);
+}
+
+int getUnixThreadId(pthread_t thread) {
+    std::uint64_t id = 0;
+    pthread_threadid_np(thread, &id);
+    return lowBits(id);
+}
+
+namespace platform {
+
+ThreadId currentThreadId() {
+    if (tCached.valid) [[likely]] {
+        return tCached.id;
+    }
+    return computeAndCache();
+}
+
+std::vector<ThreadId> listThreads() {
+    mach_port_name_t task = 0;
+    if (task_for_pid(mach_task_self(), getpid(), &task) != KERN_SUCCESS) {
+        return {};
+    }
+    ThreadPortList list;
+    const kern_return_t listed = task_threads(task, &list.ports, &list.count);
+    mach_port_deallocate(mach_task_self(), task);
+    if (listed != KERN_SUCCESS) {
+        list.count = 0;
+        list.ports = nullptr;
+        return {};
+    }
+
+    std::vector<ThreadId> threads;
+    threads.reserve(list.count);
+    for (mach_msg_type_number_t i = 0; i < list.count; ++i) {
+        const mach_port_t port = list.ports[i];
+        const pthread_t handle = pthread_from_mach_thread_np(port);
+        // A null handle would make pthread_threadid_np answer for the caller.
+        const int id = handle != pthread_t{} ? getUnixThreadId(handle) : unixThreadIdOfPort(port);
+        threads.emplace_back(handle, id, port);
+    }
+    return threads;
+}
+
+}  // namespace platform
+}  // namespace Strand
