@@ -16,3 +16,4 @@
 
 // Addresses and codes, phone numbers, text presentation.
 #include "StringUtils/Addresses.h"
+#include "StringUtils/PhoneNumbers.h"
