@@ -17,3 +17,5 @@
 // Addresses and codes, phone numbers, text presentation.
 #include "StringUtils/Addresses.h"
 #include "StringUtils/PhoneNumbers.h"
+#include "StringUtils/Presentation.h"
+#include "StringUtils/Sanitizing.h"
