@@ -25,6 +25,28 @@ constexpr int hexDigitValue(char c) {
     return -1;
 }
 
+// A digit or one of "#*+,"; with allowLetters also a letter or one of " !$&()-.".
+constexpr bool isPhoneNumberCharacter(char c, bool allowLetters) {
+    switch (c) {
+        case '#':
+        case '*':
+        case '+':
+        case ',':
+            return true;
+        case ' ':
+        case '!':
+        case '$':
+        case '&':
+        case '(':
+        case ')':
+        case '-':
+        case '.':
+            return allowLetters;
+        default:
+            return isAsciiDigit(c) || (allowLetters && isAsciiLetter(c));
+    }
+}
+
 // Patterns::kEmail as a whole-string match; false for any other text.
 bool matchesEmail(std::string_view text);
 

@@ -12,8 +12,6 @@ namespace {
 
 using detail::isAsciiDigit;
 
-constexpr std::string_view kDialSymbols = "#*+,";
-constexpr std::string_view kPhonewordPunctuation = " !$&()-.";
 constexpr std::string_view kExtraZero = "(0)";
 
 // The characters a call string may hold, in the order they are listed: digits
@@ -29,9 +27,7 @@ const std::wstring& callStringCharacters(bool allowLetters) {
 }  // namespace
 
 bool isValidPhoneNumberDigit(const char& c, bool allowLetters) {
-    if (isAsciiDigit(c) || kDialSymbols.find(c) != std::string_view::npos) return true;
-    return allowLetters &&
-           (detail::isAsciiLetter(c) || kPhonewordPunctuation.find(c) != std::string_view::npos);
+    return detail::isPhoneNumberCharacter(c, allowLetters);
 }
 
 bool isPhoneNumber(const std::string& text, bool allowLetters) {

@@ -5,6 +5,7 @@
 #include "StringUtils/PhoneNumbers.h"
 
 #include <algorithm>
+#include <array>
 #include <regex>
 
 namespace StringUtils {
@@ -48,15 +49,25 @@ bool isValidRawPhoneNumber(const std::string& number) {
 
 bool isValidPhoneNumber(const std::string& number, unsigned int minDigits) {
     if (!isValidRawPhoneNumber(number)) return false;
-    const std::string cleaned = sanitizePhoneNumber(number, false, false, true);
     const unsigned int minimum = std::max(minDigits, 1U);
     // The digit-count pattern "{minimum,21}" is malformed for a larger minimum;
     // report it as the pattern's compilation would.
     if (minimum > Patterns::kPhoneDigitsWithPlusMax) {
         throw std::regex_error(std::regex_constants::error_badbrace);
     }
-    return detail::matchesDigitRun(cleaned, true, minimum, Patterns::kPhoneDigitsWithPlusMax) ||
-           detail::matchesDigitRun(cleaned, false, minimum, Patterns::kPhoneDigitsMax);
+    // What sanitizePhoneNumber(number, false, false, true) leaves of a raw phone
+    // number: its leading '+' and its digits. Collected on the stack, as neither
+    // pattern matches more than kPhoneDigitsMax + 1 bytes.
+    std::array<char, Patterns::kPhoneDigitsMax + 1> cleaned{};
+    std::size_t length = 0;
+    for (const char c : number) {
+        if (!detail::isPhoneNumberCharacter(c, false)) continue;
+        if (length == cleaned.size()) return false;
+        cleaned[length++] = c;
+    }
+    const std::string_view digits(cleaned.data(), length);
+    return detail::matchesDigitRun(digits, true, minimum, Patterns::kPhoneDigitsWithPlusMax) ||
+           detail::matchesDigitRun(digits, false, minimum, Patterns::kPhoneDigitsMax);
 }
 
 bool isValidFeatureAccessCode(const std::string& code) {

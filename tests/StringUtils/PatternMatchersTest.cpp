@@ -2,6 +2,7 @@
 // for, on many random texts drawn from alphabets near that pattern, including
 // texts at the edges of every bounded repetition.
 #include "DifferentialCheck.h"
+#include "RegexReference.h"
 #include "StringUtils/Addresses.h"
 #include "StringUtils/PatternMatchers.h"
 #include "StringUtils/Patterns.h"
@@ -120,38 +121,15 @@ TEST(PatternMatchers, FeatureAccessCodeBlocksAtTheirLengthBounds) {
                                 code, kRandomTexts / 2);
 }
 
-// reformatMACaddress written directly with std::regex_search, for comparison.
-std::string reformatWithRegex(const std::string& mac, const std::string& separator) {
-    static const std::regex group{std::string(Patterns::kHexGroup)};
-    if (mac.empty()) return {};
-    unsigned int groups[6] = {};
-    int count = 0;
-    std::smatch match;
-    for (auto from = mac.cbegin(); std::regex_search(from, mac.cend(), match, group);
-         from = match[0].second) {
-        if (count == 6) return {};
-        groups[count++] = static_cast<unsigned int>(std::stoul(match.str(), nullptr, 16));
-    }
-    if (count < 6 || (groups[0] | groups[1] | groups[2] | groups[3] | groups[4] | groups[5]) == 0) {
-        return {};
-    }
-    std::string out;
-    for (int i = 0; i < 6; ++i) {
-        char hex[3];
-        std::snprintf(hex, sizeof hex, "%02X", groups[i]);
-        out += (i == 0 ? "" : separator) + hex;
-    }
-    return out;
-}
-
 TEST(PatternMatchers, MacAddressSearch) {
     TextGenerator gen(8);
+    const std::regex group = regexref::compile(Patterns::kHexGroup);
     const std::string alphabet = join("00aF9g:- .", kNonAscii);
     for (int i = 0; i < kRandomTexts; ++i) {
         const std::string mac = gen.text(alphabet, 0, 24);
         const std::string separator = gen.text(":-", 0, 2);
         ASSERT_EQ(StringUtils::reformatMACaddress(mac, separator),
-                  reformatWithRegex(mac, separator))
+                  regexref::reformatMACaddress(mac, separator, group))
             << "mac \"" << difftest::printable(mac) << "\" separator \"" << separator << "\"";
     }
 }

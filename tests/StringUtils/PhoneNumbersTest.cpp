@@ -1,4 +1,5 @@
 #include "DifferentialCheck.h"
+#include "RegexReference.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
@@ -227,30 +228,16 @@ TEST(PhoneNumbers, IsValidPhoneNumberRejectsMinimumAbove21LikeThePattern) {
     }
 }
 
-// isValidPhoneNumber as its patterns define it, compiled on every call.
-bool isValidPhoneNumberWithRegex(const std::string& number, unsigned int minDigits) {
-    static const std::regex raw{std::string(Patterns::kRawPhoneNumber)};
-    if (!std::regex_match(number, raw)) return false;
-    const std::string cleaned = sanitizePhoneNumber(number, false, false, true);
-    const unsigned int minimum = minDigits == 0 ? 1 : minDigits;
-    char pattern[64];
-    std::snprintf(pattern, sizeof pattern, std::string(Patterns::kPhoneDigitsWithPlus).c_str(),
-                  minimum, Patterns::kPhoneDigitsWithPlusMax);
-    if (std::regex_match(cleaned, std::regex(pattern))) return true;
-    std::snprintf(pattern, sizeof pattern, std::string(Patterns::kPhoneDigits).c_str(), minimum,
-                  Patterns::kPhoneDigitsMax);
-    return std::regex_match(cleaned, std::regex(pattern));
-}
-
 TEST(PhoneNumbers, IsValidPhoneNumberAsItsPatterns) {
     difftest::TextGenerator gen(11);
+    const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
     for (int i = 0; i < 4000; ++i) {
         std::string number = gen.text("0123456789 -()", gen.number(0, 34));
         if (gen.number(0, 1)) number.insert(0, "+");
         number = gen.mutate(number, "+.#a");
         const auto minDigits = static_cast<unsigned int>(gen.number(0, 21));
         ASSERT_EQ(isValidPhoneNumber(number, minDigits),
-                  isValidPhoneNumberWithRegex(number, minDigits))
+                  regexref::isValidPhoneNumber(number, minDigits, raw))
             << "number \"" << number << "\" min " << minDigits;
     }
 }

@@ -1,0 +1,91 @@
+// The validators on typical inputs, each next to its baselines in the same run:
+// std::regex compiling the pattern and matching (what a direct use of the
+// patterns costs per call) and std::regex matching with a pattern compiled once.
+#include <benchmark/benchmark.h>
+
+#include <regex>
+#include <string>
+
+#include "RegexReference.h"
+#include "StringUtils/Addresses.h"
+#include "StringUtils/Patterns.h"
+#include "StringUtils/PhoneNumbers.h"
+
+namespace {
+
+namespace Patterns = StringUtils::Patterns;
+
+const std::string kEmail = "jane.doe+news@mail.example.com";  // 30 bytes
+const std::string kDiscoveryCode = "ABC-123-XYZ";
+const std::string kPhoneNumber = "+1 (555) 010-0199";
+const std::string kFeatureCode = "*72 555 0100";
+const std::string kMac = "00:1a:2b:3c:4d:5e";
+
+// Registers the three variants of one validator: Regex (compile and match),
+// RegexPrecompiled and Library.
+template <typename Library, typename Precompiled, typename Compiled>
+void registerTrio(const char* name, Library library, Precompiled precompiled, Compiled compiled) {
+    const std::string base = std::string("BM_") + name;
+    benchmark::RegisterBenchmark((base + "/Regex").c_str(), [=](benchmark::State& state) {
+        for (auto _ : state) benchmark::DoNotOptimize(compiled());
+    });
+    benchmark::RegisterBenchmark((base + "/RegexPrecompiled").c_str(),
+                                 [=](benchmark::State& state) {
+                                     for (auto _ : state) benchmark::DoNotOptimize(precompiled());
+                                 });
+    benchmark::RegisterBenchmark((base + "/Library").c_str(), [=](benchmark::State& state) {
+        for (auto _ : state) benchmark::DoNotOptimize(library());
+    });
+}
+
+// A whole-string match of pattern against text, compiled on every call.
+bool compileAndMatch(const std::string& text, std::string_view pattern) {
+    return std::regex_match(text, regexref::compile(pattern));
+}
+
+const int kRegistered = [] {
+    static const std::regex email = regexref::compile(Patterns::kEmail);
+    static const std::regex discovery = regexref::compile(Patterns::kDiscoveryCode);
+    static const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
+    static const std::regex feature = regexref::compile(Patterns::kFeatureAccessCode);
+    static const std::regex group = regexref::compile(Patterns::kHexGroup);
+    const auto cleanedFeatureCode = [] {
+        return StringUtils::sanitizePhoneNumber(kFeatureCode, false, false, true);
+    };
+
+    registerTrio(
+        "IsValidEmail", [] { return StringUtils::isValidEmail(kEmail); },
+        [] { return std::regex_match(kEmail, email); },
+        [] { return compileAndMatch(kEmail, Patterns::kEmail); });
+    registerTrio(
+        "IsValidDiscoveryCode", [] { return StringUtils::isValidDiscoveryCode(kDiscoveryCode); },
+        [] { return std::regex_match(kDiscoveryCode, discovery); },
+        [] { return compileAndMatch(kDiscoveryCode, Patterns::kDiscoveryCode); });
+    registerTrio(
+        "IsValidRawPhoneNumber", [] { return StringUtils::isValidRawPhoneNumber(kPhoneNumber); },
+        [] { return std::regex_match(kPhoneNumber, raw); },
+        [] { return compileAndMatch(kPhoneNumber, Patterns::kRawPhoneNumber); });
+    // The digit-count patterns depend on the minimum, so even the "precompiled"
+    // variant compiles them per call; only the raw pattern is kept.
+    registerTrio(
+        "IsValidPhoneNumber", [] { return StringUtils::isValidPhoneNumber(kPhoneNumber, 10); },
+        [] { return regexref::isValidPhoneNumber(kPhoneNumber, 10, raw); },
+        [] {
+            return regexref::isValidPhoneNumber(kPhoneNumber, 10,
+                                                regexref::compile(Patterns::kRawPhoneNumber));
+        });
+    registerTrio(
+        "IsValidFeatureAccessCode",
+        [] { return StringUtils::isValidFeatureAccessCode(kFeatureCode); },
+        [=] { return std::regex_match(cleanedFeatureCode(), feature); },
+        [=] { return compileAndMatch(cleanedFeatureCode(), Patterns::kFeatureAccessCode); });
+    registerTrio(
+        "ReformatMACaddress", [] { return StringUtils::reformatMACaddress(kMac, "-"); },
+        [] { return regexref::reformatMACaddress(kMac, "-", group); },
+        [] {
+            return regexref::reformatMACaddress(kMac, "-", regexref::compile(Patterns::kHexGroup));
+        });
+    return 0;
+}();
+
+}  // namespace
