@@ -15,26 +15,26 @@ namespace {
 
 namespace Patterns = StringUtils::Patterns;
 
-const std::string kEmail = "jane.doe+news@mail.example.com";  // 30 bytes
-const std::string kDiscoveryCode = "ABC-123-XYZ";
-const std::string kPhoneNumber = "+1 (555) 010-0199";
-const std::string kFeatureCode = "*72 555 0100";
-const std::string kMac = "00:1a:2b:3c:4d:5e";
-
 // Registers the three variants of one validator: Regex (compile and match),
 // RegexPrecompiled and Library.
 template <typename Library, typename Precompiled, typename Compiled>
 void registerTrio(const char* name, Library library, Precompiled precompiled, Compiled compiled) {
     const std::string base = std::string("BM_") + name;
     benchmark::RegisterBenchmark((base + "/Regex").c_str(), [=](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(compiled());
+        for (auto _ : state) {
+            benchmark::DoNotOptimize(compiled());
+        }
     });
     benchmark::RegisterBenchmark((base + "/RegexPrecompiled").c_str(),
                                  [=](benchmark::State& state) {
-                                     for (auto _ : state) benchmark::DoNotOptimize(precompiled());
+                                     for (auto _ : state) {
+                                         benchmark::DoNotOptimize(precompiled());
+                                     }
                                  });
     benchmark::RegisterBenchmark((base + "/Library").c_str(), [=](benchmark::State& state) {
-        for (auto _ : state) benchmark::DoNotOptimize(library());
+        for (auto _ : state) {
+            benchmark::DoNotOptimize(library());
+        }
     });
 }
 
@@ -43,7 +43,12 @@ bool compileAndMatch(const std::string& text, std::string_view pattern) {
     return std::regex_match(text, regexref::compile(pattern));
 }
 
-const int kRegistered = [] {
+void registerAll() {
+    static const std::string kEmail = "jane.doe+news@mail.example.com";  // 30 bytes
+    static const std::string kDiscoveryCode = "ABC-123-XYZ";
+    static const std::string kPhoneNumber = "+1 (555) 010-0199";
+    static const std::string kFeatureCode = "*72 555 0100";
+    static const std::string kMac = "00:1a:2b:3c:4d:5e";
     static const std::regex email = regexref::compile(Patterns::kEmail);
     static const std::regex discovery = regexref::compile(Patterns::kDiscoveryCode);
     static const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
@@ -85,7 +90,14 @@ const int kRegistered = [] {
         [] {
             return regexref::reformatMACaddress(kMac, "-", regexref::compile(Patterns::kHexGroup));
         });
-    return 0;
-}();
+}
 
 }  // namespace
+
+int main(int argc, char** argv) {
+    registerAll();
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

@@ -22,7 +22,9 @@ void checkValidators(const std::string& text, unsigned int minDigits) {
     static const std::regex feature = regexref::compile(Patterns::kFeatureAccessCode);
     const bool short_ = text.size() <= fuzzcheck::kRegexMaxLength;
     const bool validRaw = isValidRawPhoneNumber(text);
-    if (short_) require(validRaw == std::regex_match(text, raw), "the raw phone-number pattern");
+    if (short_) {
+        require(validRaw == std::regex_match(text, raw), "the raw phone-number pattern");
+    }
     try {
         const bool valid = isValidPhoneNumber(text, minDigits);
         require(minDigits <= Patterns::kPhoneDigitsWithPlusMax || !validRaw,
@@ -82,7 +84,9 @@ void checkCleaners(const std::string& text, bool allowLetters, bool longest, boo
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
+    if (size == 0) {
+        return 0;
+    }
     const unsigned char control = data[0];
     const std::string text = fuzzcheck::text(data + 1, size - 1);
     checkValidators(text, control >> 3);

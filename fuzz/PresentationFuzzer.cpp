@@ -30,7 +30,9 @@ std::string sanitizeByRepeatedErase(std::string text) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
+    if (size == 0) {
+        return 0;
+    }
     const unsigned int control = data[0];
     const std::string text = fuzzcheck::text(data + 1, size - 1);
 

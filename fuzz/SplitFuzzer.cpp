@@ -12,7 +12,9 @@ using fuzzcheck::require;
 using namespace StringUtils;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size == 0) return 0;
+    if (size == 0) {
+        return 0;
+    }
     const char delimiter = static_cast<char>(data[0]);
     const std::string rest = fuzzcheck::text(data + 1, size - 1);
     const auto end = std::min(rest.find('\0'), std::min<std::size_t>(rest.size(), 4));
@@ -33,7 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const int chunk = static_cast<unsigned char>(delimiter) % 17;
     if (chunk > 0) {
         std::string whole;
-        for (const std::string& piece : split(text, chunk, false)) whole += piece;
+        for (const std::string& piece : split(text, chunk, false)) {
+            whole += piece;
+        }
         require(whole == text, "chunks put together give the text");
     }
     split(text, chunk - 1, true);

@@ -28,7 +28,9 @@ bool isSipUserChar(char c) {
 
 bool isSipUser(std::string_view user) {
     if (user.starts_with(kSipPrefix)) {
-        if (user.size() <= kSipPrefix.size() || user.size() > kMaxUserWithPrefix) return false;
+        if (user.size() <= kSipPrefix.size() || user.size() > kMaxUserWithPrefix) {
+            return false;
+        }
     } else if (user.size() > kMaxUserWithoutPrefix) {
         return false;
     }
@@ -42,7 +44,9 @@ bool isSipHost(std::string_view host) {
     for (std::size_t i = 0; i < host.size(); ++i) {
         const char c = host[i];
         if (c == '.') {
-            if (i + 1 < host.size() && host[i + 1] == '.') return false;
+            if (i + 1 < host.size() && host[i + 1] == '.') {
+                return false;
+            }
         } else if (!isAsciiAlnum(c) && c != '-') {
             return false;
         }
@@ -60,7 +64,9 @@ void appendHexByte(std::string& out, unsigned int value) {
 
 bool isValidSipUri(const std::string& uri) {
     const auto at = uri.find('@');
-    if (at == std::string::npos || uri.find('@', at + 1) != std::string::npos) return false;
+    if (at == std::string::npos || uri.find('@', at + 1) != std::string::npos) {
+        return false;
+    }
     const std::string_view text = uri;
     return isSipUser(text.substr(0, at)) && isSipHost(text.substr(at + 1));
 }
@@ -90,7 +96,9 @@ std::string reformatMACaddress(const std::string& mac, const std::string& separa
     std::size_t count = 0;
     for (auto match = detail::findHexGroup(mac, 0); match.length != 0;
          match = detail::findHexGroup(mac, match.position + match.length)) {
-        if (count == kGroups) return {};
+        if (count == kGroups) {
+            return {};
+        }
         unsigned int value = 0;
         for (std::size_t i = 0; i < match.length; ++i) {
             value = value * 16 +
@@ -105,7 +113,9 @@ std::string reformatMACaddress(const std::string& mac, const std::string& separa
     std::string out;
     out.reserve(kGroups * 2 + (kGroups - 1) * separator.size());
     for (std::size_t i = 0; i < kGroups; ++i) {
-        if (i != 0) out += separator;
+        if (i != 0) {
+            out += separator;
+        }
         appendHexByte(out, groups[i]);
     }
     return out;

@@ -19,9 +19,15 @@ constexpr bool isHexDigit(char c) {
 }
 // The value 0 to 15 of a hexadecimal digit; -1 for any other byte.
 constexpr int hexDigitValue(char c) {
-    if (isAsciiDigit(c)) return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    if (isAsciiDigit(c)) {
+        return c - '0';
+    }
+    if (c >= 'a' && c <= 'f') {
+        return c - 'a' + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return c - 'A' + 10;
+    }
     return -1;
 }
 

@@ -61,22 +61,32 @@ std::string sanitizePhoneNumber(std::string number, bool longestCommaPart, bool 
         }
         return removeNonDigits(std::move(number));
     }
-    if (number.empty()) return number;
-    if (!keepLeadingZero && number.front() == '0') number.erase(0, 1);
+    if (number.empty()) {
+        return number;
+    }
+    if (!keepLeadingZero && number.front() == '0') {
+        number.erase(0, 1);
+    }
     std::erase_if(number, [&](char c) { return !isValidPhoneNumberDigit(c, allowLetters); });
     return number;
 }
 
+// Takes its text by value like the other clean-up functions of this family.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string sanitizeCallString(std::string callString, bool allowLetters) {
     std::wstring wide = converterToString->from_bytes(callString);
     const auto cut = wide.find_first_not_of(callStringCharacters(allowLetters));
-    if (cut != std::wstring::npos) wide.erase(cut);
+    if (cut != std::wstring::npos) {
+        wide.erase(cut);
+    }
     return converterToString->to_bytes(wide);
 }
 
 std::string removeExtraZeroPhrase(std::string number) {
     const auto at = number.find(kExtraZero);
-    if (at != std::string::npos) number.erase(at, kExtraZero.size());
+    if (at != std::string::npos) {
+        number.erase(at, kExtraZero.size());
+    }
     return number;
 }
 
@@ -92,7 +102,9 @@ void splitNumberDTMF(const std::string& dialString, std::string& number, std::st
 }
 
 bool isNumberAnonymousOrEmpty(const std::string& number) {
-    if (number.empty()) return true;
+    if (number.empty()) {
+        return true;
+    }
     const std::string lower = toLower(number);
     return lower == "anonymous" || lower == "unknown";
 }

@@ -26,7 +26,9 @@ char keypadDigit(char letter) {
 }  // namespace
 
 bool isPhoneWordFormat(std::string text) {
-    if (text.empty() || isValidSipUri(text)) return false;
+    if (text.empty() || isValidSipUri(text)) {
+        return false;
+    }
     const char first = text.front();
     if (kPhonewordFirstSymbols.find(first) == std::string_view::npos &&
         !detail::isAsciiDigit(first)) {
@@ -36,9 +38,13 @@ bool isPhoneWordFormat(std::string text) {
 }
 
 std::string convertPhonewordToPhoneNumber(std::string text) {
-    if (!isPhoneWordFormat(text)) return {};
+    if (!isPhoneWordFormat(text)) {
+        return {};
+    }
     for (char& c : text) {
-        if (isAsciiLetter(c)) c = keypadDigit(c);
+        if (isAsciiLetter(c)) {
+            c = keypadDigit(c);
+        }
     }
     return text;
 }
@@ -48,7 +54,9 @@ bool isValidRawPhoneNumber(const std::string& number) {
 }
 
 bool isValidPhoneNumber(const std::string& number, unsigned int minDigits) {
-    if (!isValidRawPhoneNumber(number)) return false;
+    if (!isValidRawPhoneNumber(number)) {
+        return false;
+    }
     const unsigned int minimum = std::max(minDigits, 1U);
     // The digit-count pattern "{minimum,21}" is malformed for a larger minimum;
     // report it as the pattern's compilation would.
@@ -61,8 +69,12 @@ bool isValidPhoneNumber(const std::string& number, unsigned int minDigits) {
     std::array<char, Patterns::kPhoneDigitsMax + 1> cleaned{};
     std::size_t length = 0;
     for (const char c : number) {
-        if (!detail::isPhoneNumberCharacter(c, false)) continue;
-        if (length == cleaned.size()) return false;
+        if (!detail::isPhoneNumberCharacter(c, false)) {
+            continue;
+        }
+        if (length == cleaned.size()) {
+            return false;
+        }
         cleaned[length++] = c;
     }
     const std::string_view digits(cleaned.data(), length);

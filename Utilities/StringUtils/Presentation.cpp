@@ -23,16 +23,24 @@ std::string cutWord(std::string_view word, unsigned int width) {
 
 // The payload bits of a byte that begins a character.
 std::uint32_t leadBits(unsigned char byte) {
-    if (byte < 0x80) return byte;
-    if (byte < 0xE0) return byte & 0x1FU;
-    if (byte < 0xF0) return byte & 0x0FU;
+    if (byte < 0x80) {
+        return byte;
+    }
+    if (byte < 0xE0) {
+        return byte & 0x1FU;
+    }
+    if (byte < 0xF0) {
+        return byte & 0x0FU;
+    }
     return byte & 0x07U;
 }
 
 }  // namespace
 
 std::vector<std::string> wordWrapString(const std::string& text, unsigned int width) {
-    if (width == 0) return {};
+    if (width == 0) {
+        return {};
+    }
     const auto words = splitToViews(text, ' ', false);
     std::vector<std::string> lines(1);
     for (std::size_t i = 0; i < words.size(); ++i) {
@@ -43,7 +51,9 @@ std::vector<std::string> wordWrapString(const std::string& text, unsigned int wi
             line.append(gap, ' ').append(word);
         } else if (line.empty()) {
             line = cutWord(word, width);
-            if (i + 1 < words.size()) lines.emplace_back();
+            if (i + 1 < words.size()) {
+                lines.emplace_back();
+            }
         } else {
             lines.push_back(word.size() <= width ? std::string(word) : cutWord(word, width));
         }
@@ -53,10 +63,14 @@ std::vector<std::string> wordWrapString(const std::string& text, unsigned int wi
 
 std::string controlWidowOrphanWords(const std::string& text, bool useHtmlEntity,
                                     std::size_t joinedWords) {
-    if (joinedWords < 2 || text.empty()) return text;
+    if (joinedWords < 2 || text.empty()) {
+        return text;
+    }
     const auto words = splitToViews(text, ' ', true);
     const std::size_t n = words.size();
-    if (joinedWords > n / 2) return text;
+    if (joinedWords > n / 2) {
+        return text;
+    }
     const std::string_view joiner = useHtmlEntity ? kHtmlNoBreakSpace : kUtf8NoBreakSpace;
     std::string result;
     result.reserve(text.size() + 2 * joinedWords * joiner.size());
@@ -83,7 +97,9 @@ std::pair<std::size_t, std::size_t> getUTF8toISO8859_1CharacterCounts(const std:
     for (std::size_t i = 0; bytes[i] != '\0'; ++i) {
         const auto byte = static_cast<unsigned char>(bytes[i]);
         value = isContinuationByte(byte) ? value * 64 + (byte & 0x3FU) : leadBits(byte);
-        if (isContinuationByte(static_cast<unsigned char>(bytes[i + 1]))) continue;
+        if (isContinuationByte(static_cast<unsigned char>(bytes[i + 1]))) {
+            continue;
+        }
         if (value <= 0xFF) {
             ++counts.first;
         } else if (value <= kMaxCodePoint) {
@@ -100,22 +116,32 @@ std::size_t getUTF8CharacterLength(const std::string& text) {
 }
 
 std::string firstUtf8CodePoint(const std::string& text) {
-    if (text.empty()) return {};
+    if (text.empty()) {
+        return {};
+    }
     std::size_t end = 1;
-    while (end < text.size() && isContinuationByte(static_cast<unsigned char>(text[end]))) ++end;
+    while (end < text.size() && isContinuationByte(static_cast<unsigned char>(text[end]))) {
+        ++end;
+    }
     return text.substr(0, end);
 }
 
 std::string truncateBytes(const std::string& text, std::size_t maxBytes) {
-    if (maxBytes == 0) return {};
-    if (text.size() <= maxBytes) return text;
+    if (maxBytes == 0) {
+        return {};
+    }
+    if (text.size() <= maxBytes) {
+        return text;
+    }
     if (!isContinuationByte(static_cast<unsigned char>(text[maxBytes]))) {
         return text.substr(0, maxBytes);
     }
     // A character straddles the cut: find where it (or the stray bytes) began.
     for (std::size_t i = maxBytes; i-- > 0;) {
         const auto byte = static_cast<unsigned char>(text[i]);
-        if (!isContinuationByte(byte)) return text.substr(0, byte < 0x80 ? i + 1 : i);
+        if (!isContinuationByte(byte)) {
+            return text.substr(0, byte < 0x80 ? i + 1 : i);
+        }
     }
     return {};
 }

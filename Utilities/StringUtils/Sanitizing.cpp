@@ -55,17 +55,23 @@ std::uint64_t maskString(const std::string& text) {
 }
 
 std::string hideString(const std::string& text) {
-    if (text.empty()) return {};
+    if (text.empty()) {
+        return {};
+    }
     return text.substr(0, 2) + "***(" + std::to_string(text.size()) + ")";
 }
 
 std::string escapeCharacters(const std::string& text, const std::string& characters, char escape) {
     std::array<bool, 256> listed{};
-    for (const char c : characters) listed[static_cast<unsigned char>(c)] = true;
+    for (const char c : characters) {
+        listed[static_cast<unsigned char>(c)] = true;
+    }
     std::string result;
     result.reserve(text.size() * 2);
     for (const char c : text) {
-        if (listed[static_cast<unsigned char>(c)]) result += escape;
+        if (listed[static_cast<unsigned char>(c)]) {
+            result += escape;
+        }
         result += c;
     }
     return result;

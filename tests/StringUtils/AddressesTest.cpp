@@ -9,11 +9,9 @@ namespace {
 
 using StringUtils::isValidSipUri;
 
-std::string repeat(char c, std::size_t n) { return std::string(n, c); }
-
 TEST(Addresses, IsValidSipUri) {
-    const std::string user47 = repeat('u', 47);
-    const std::string user51 = "sip:" + repeat('u', 47);
+    const std::string user47 = std::string(47, 'u');
+    const std::string user51 = "sip:" + std::string(47, 'u');
     const std::pair<std::string, bool> cases[] = {
         {"sip:alice@x.y", true},
         {"alice@x.y", true},
@@ -23,8 +21,8 @@ TEST(Addresses, IsValidSipUri) {
         {"sip:a@x.y", true},
         {user47 + "@x.y", true},
         {user47 + "u@x.y", false},
-        {"SIP:" + repeat('u', 43) + "@x.y", true},
-        {"SIP:" + repeat('u', 44) + "@x.y", false},
+        {"SIP:" + std::string(43, 'u') + "@x.y", true},
+        {"SIP:" + std::string(44, 'u') + "@x.y", false},
         {user51 + "@x.y", true},
         {user51 + "u@x.y", false},
         {"", false},
@@ -78,8 +76,8 @@ TEST(Addresses, RemoveSipKeywordAndEmailDomain) {
 }
 
 TEST(Addresses, IsValidEmail) {
-    const std::string label65 = "a" + repeat('-', 64);
-    const std::string label26 = "b" + repeat('9', 25);
+    const std::string label65 = "a" + std::string(64, '-');
+    const std::string label26 = "b" + std::string(25, '9');
     const std::pair<std::string, bool> cases[] = {
         {"a@b.c", true},
         {"A.B-C_D%E+F@Mail-1.Example.COM", true},
@@ -97,8 +95,8 @@ TEST(Addresses, IsValidEmail) {
         {"\xC3\xA9@b.c", false},
         {"a@b.c\xC3\xA9", false},
         {std::string("a@b.c\0", 6), false},
-        {repeat('x', 256) + "@b.c", true},
-        {repeat('x', 257) + "@b.c", false},
+        {std::string(256, 'x') + "@b.c", true},
+        {std::string(257, 'x') + "@b.c", false},
         {"a@" + label65 + ".c", true},
         {"a@" + label65 + "-.c", false},
         {"a@b." + label26, true},
@@ -150,7 +148,9 @@ TEST(Addresses, IsRouteToVestaCalling) {
     for (const auto& suffix : suffixes) {
         SCOPED_TRACE(suffix);
         std::string upper = suffix;
-        for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        for (char& c : upper) {
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
         const std::pair<std::string, bool> cases[] = {
             {"host" + suffix, true},        {suffix, true},
             {suffix.substr(1), false},      {"host" + upper, false},

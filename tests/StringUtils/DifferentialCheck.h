@@ -41,7 +41,9 @@ public:
 
     std::string text(std::string_view alphabet, std::size_t length) {
         std::string out;
-        for (std::size_t i = 0; i < length; ++i) out += pick(alphabet);
+        for (std::size_t i = 0; i < length; ++i) {
+            out += pick(alphabet);
+        }
         return out;
     }
 
@@ -51,17 +53,23 @@ public:
 
     // One byte replaced, inserted or removed at a random place, now and then.
     std::string mutate(std::string text, std::string_view alphabet) {
-        if (number(0, 3) != 0) return text;
+        if (number(0, 3) != 0) {
+            return text;
+        }
         const std::size_t at = number(0, text.size());
         switch (number(0, 2)) {
             case 0:
                 text.insert(at, 1, pick(alphabet));
                 break;
             case 1:
-                if (at < text.size()) text.erase(at, 1);
+                if (at < text.size()) {
+                    text.erase(at, 1);
+                }
                 break;
             default:
-                if (at < text.size()) text[at] = pick(alphabet);
+                if (at < text.size()) {
+                    text[at] = pick(alphabet);
+                }
                 break;
         }
         return text;

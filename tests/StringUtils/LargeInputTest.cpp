@@ -15,15 +15,19 @@ namespace {
 
 using namespace StringUtils;
 
-constexpr std::size_t kTextBytes = 10 * 1024 * 1024;
-constexpr std::size_t kStackBytes = 256 * 1024;
+constexpr std::size_t kTextBytes = std::size_t{10} * 1024 * 1024;
+constexpr std::size_t kStackBytes = std::size_t{256} * 1024;
 
 // unit repeated count times, or as often as fits in kTextBytes.
 std::string repeated(std::string_view unit, std::size_t count = 0) {
-    if (count == 0) count = kTextBytes / unit.size();
+    if (count == 0) {
+        count = kTextBytes / unit.size();
+    }
     std::string text;
     text.reserve(count * unit.size());
-    for (std::size_t i = 0; i < count; ++i) text += unit;
+    for (std::size_t i = 0; i < count; ++i) {
+        text += unit;
+    }
     return text;
 }
 

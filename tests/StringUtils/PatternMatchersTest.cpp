@@ -88,7 +88,9 @@ TEST(PatternMatchers, DigitRunsForEveryMinimum) {
             };
             const auto text = [&] {
                 std::string digits = gen.text("0123456789", gen.number(0, max + 2));
-                if (gen.number(0, 1)) digits.insert(0, "+");
+                if (gen.number(0, 1)) {
+                    digits.insert(0, "+");
+                }
                 return gen.mutate(digits, "+0a#");
             };
             difftest::expectSameAsRegex(pattern, matcher, text, kRandomTexts / 40);
@@ -107,14 +109,20 @@ TEST(PatternMatchers, FeatureAccessCodeBlocksAtTheirLengthBounds) {
     TextGenerator gen(7);
     const auto block = [&] {
         std::string text = gen.text("*#", 1) + gen.text("*#0123456789", gen.number(0, 5));
-        if (gen.number(0, 1)) text += "+";
+        if (gen.number(0, 1)) {
+            text += "+";
+        }
         const std::size_t digits[] = {0, 1, 14, 15, 16};
         return text + gen.text("0123456789", digits[gen.number(0, 4)]);
     };
     const auto code = [&] {
         std::string text;
-        for (std::size_t blocks = gen.number(1, 4); blocks > 0; --blocks) text += block();
-        if (gen.number(0, 1)) text += "#";
+        for (std::size_t blocks = gen.number(1, 4); blocks > 0; --blocks) {
+            text += block();
+        }
+        if (gen.number(0, 1)) {
+            text += "#";
+        }
         return gen.mutate(text, "*#+0,");
     };
     difftest::expectSameAsRegex(Patterns::kFeatureAccessCode, detail::matchesFeatureAccessCode,

@@ -233,7 +233,9 @@ TEST(PhoneNumbers, IsValidPhoneNumberAsItsPatterns) {
     const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
     for (int i = 0; i < 4000; ++i) {
         std::string number = gen.text("0123456789 -()", gen.number(0, 34));
-        if (gen.number(0, 1)) number.insert(0, "+");
+        if (gen.number(0, 1)) {
+            number.insert(0, "+");
+        }
         number = gen.mutate(number, "+.#a");
         const auto minDigits = static_cast<unsigned int>(gen.number(0, 21));
         ASSERT_EQ(isValidPhoneNumber(number, minDigits),

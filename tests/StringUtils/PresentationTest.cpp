@@ -163,7 +163,9 @@ TEST(Sanitizing, SanatizeStatusString) {
 std::string sanitizeByRepeatedErase(std::string text) {
     for (const std::string token : {"<html", "<script", "<img src", "<a href", "\n", "\t", "\r"}) {
         std::string upper = token;
-        for (char& c : upper) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        for (char& c : upper) {
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
         for (const std::string& form : {token, upper}) {
             for (auto at = text.find(form); at != std::string::npos; at = text.find(form)) {
                 text.erase(at, form.size());
@@ -180,7 +182,9 @@ TEST(Sanitizing, SanatizeStatusStringAsRepeatedErase) {
                                   "\n",  "\t",    "\r",    "x",    "<ht", "ml"};
     for (int i = 0; i < 5000; ++i) {
         std::string text;
-        for (std::size_t n = gen.number(0, 12); n > 0; --n) text += pieces[gen.number(0, 17)];
+        for (std::size_t n = gen.number(0, 12); n > 0; --n) {
+            text += pieces[gen.number(0, 17)];
+        }
         ASSERT_EQ(sanatizeStatusString(text), sanitizeByRepeatedErase(text))
             << difftest::printable(text);
     }

@@ -28,7 +28,9 @@ inline std::regex compileDigits(std::string_view format, unsigned int min, unsig
 inline bool isValidPhoneNumber(const std::string& number, unsigned int minDigits,
                                const std::regex& raw) {
     namespace Patterns = StringUtils::Patterns;
-    if (!std::regex_match(number, raw)) return false;
+    if (!std::regex_match(number, raw)) {
+        return false;
+    }
     const std::string cleaned = StringUtils::sanitizePhoneNumber(number, false, false, true);
     const unsigned int minimum = minDigits == 0 ? 1 : minDigits;
     return std::regex_match(cleaned, compileDigits(Patterns::kPhoneDigitsWithPlus, minimum,
@@ -40,13 +42,17 @@ inline bool isValidPhoneNumber(const std::string& number, unsigned int minDigits
 // reformatMACaddress by repeated std::regex_search with the compiled group pattern.
 inline std::string reformatMACaddress(const std::string& mac, const std::string& separator,
                                       const std::regex& group) {
-    if (mac.empty()) return {};
+    if (mac.empty()) {
+        return {};
+    }
     unsigned int groups[6] = {};
     int count = 0;
     std::smatch match;
     for (auto from = mac.cbegin(); std::regex_search(from, mac.cend(), match, group);
          from = match[0].second) {
-        if (count == 6) return {};
+        if (count == 6) {
+            return {};
+        }
         groups[count++] = static_cast<unsigned int>(std::stoul(match.str(), nullptr, 16));
     }
     if (count < 6 || (groups[0] | groups[1] | groups[2] | groups[3] | groups[4] | groups[5]) == 0) {
