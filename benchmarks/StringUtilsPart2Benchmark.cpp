@@ -6,7 +6,7 @@
 #include <regex>
 #include <string>
 
-#include "RegexReference.h"
+#include "Reference.h"
 #include "StringUtils/Addresses.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
@@ -40,7 +40,7 @@ void registerTrio(const char* name, Library library, Precompiled precompiled, Co
 
 // A whole-string match of pattern against text, compiled on every call.
 bool compileAndMatch(const std::string& text, std::string_view pattern) {
-    return std::regex_match(text, regexref::compile(pattern));
+    return std::regex_match(text, reference::compile(pattern));
 }
 
 void registerAll() {
@@ -49,11 +49,11 @@ void registerAll() {
     static const std::string kPhoneNumber = "+1 (555) 010-0199";
     static const std::string kFeatureCode = "*72 555 0100";
     static const std::string kMac = "00:1a:2b:3c:4d:5e";
-    static const std::regex email = regexref::compile(Patterns::kEmail);
-    static const std::regex discovery = regexref::compile(Patterns::kDiscoveryCode);
-    static const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
-    static const std::regex feature = regexref::compile(Patterns::kFeatureAccessCode);
-    static const std::regex group = regexref::compile(Patterns::kHexGroup);
+    static const std::regex email = reference::compile(Patterns::kEmail);
+    static const std::regex discovery = reference::compile(Patterns::kDiscoveryCode);
+    static const std::regex raw = reference::compile(Patterns::kRawPhoneNumber);
+    static const std::regex feature = reference::compile(Patterns::kFeatureAccessCode);
+    static const std::regex group = reference::compile(Patterns::kHexGroup);
     const auto cleanedFeatureCode = [] {
         return StringUtils::sanitizePhoneNumber(kFeatureCode, false, false, true);
     };
@@ -74,10 +74,10 @@ void registerAll() {
     // variant compiles them per call; only the raw pattern is kept.
     registerTrio(
         "IsValidPhoneNumber", [] { return StringUtils::isValidPhoneNumber(kPhoneNumber, 10); },
-        [] { return regexref::isValidPhoneNumber(kPhoneNumber, 10, raw); },
+        [] { return reference::isValidPhoneNumber(kPhoneNumber, 10, raw); },
         [] {
-            return regexref::isValidPhoneNumber(kPhoneNumber, 10,
-                                                regexref::compile(Patterns::kRawPhoneNumber));
+            return reference::isValidPhoneNumber(kPhoneNumber, 10,
+                                                 reference::compile(Patterns::kRawPhoneNumber));
         });
     registerTrio(
         "IsValidFeatureAccessCode",
@@ -86,9 +86,10 @@ void registerAll() {
         [=] { return compileAndMatch(cleanedFeatureCode(), Patterns::kFeatureAccessCode); });
     registerTrio(
         "ReformatMACaddress", [] { return StringUtils::reformatMACaddress(kMac, "-"); },
-        [] { return regexref::reformatMACaddress(kMac, "-", group); },
+        [] { return reference::reformatMACaddress(kMac, "-", group); },
         [] {
-            return regexref::reformatMACaddress(kMac, "-", regexref::compile(Patterns::kHexGroup));
+            return reference::reformatMACaddress(kMac, "-",
+                                                 reference::compile(Patterns::kHexGroup));
         });
 }
 

@@ -2,7 +2,7 @@
 // patterns run by std::regex; the SIP and e-mail helpers against their
 // invariants.
 #include "FuzzCheck.h"
-#include "RegexReference.h"
+#include "Reference.h"
 #include "StringUtils/Addresses.h"
 #include "StringUtils/Patterns.h"
 
@@ -13,9 +13,9 @@ using fuzzcheck::require;
 namespace Patterns = StringUtils::Patterns;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const std::regex email = regexref::compile(Patterns::kEmail);
-    static const std::regex discovery = regexref::compile(Patterns::kDiscoveryCode);
-    static const std::regex group = regexref::compile(Patterns::kHexGroup);
+    static const std::regex email = reference::compile(Patterns::kEmail);
+    static const std::regex discovery = reference::compile(Patterns::kDiscoveryCode);
+    static const std::regex group = reference::compile(Patterns::kHexGroup);
     const std::string text = fuzzcheck::text(data, size);
 
     const bool validEmail = StringUtils::isValidEmail(text);
@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(validEmail == std::regex_match(text, email), "isValidEmail is the e-mail pattern");
         require(validCode == std::regex_match(text, discovery),
                 "isValidDiscoveryCode is the discovery-code pattern");
-        require(mac == regexref::reformatMACaddress(text, ":", group),
+        require(mac == reference::reformatMACaddress(text, ":", group),
                 "reformatMACaddress is the repeated group search");
     }
 

@@ -3,7 +3,7 @@
 // and the minimum digit count (0 to 31, so that the error of a minimum above 21
 // is reached too); the rest is the text.
 #include "FuzzCheck.h"
-#include "RegexReference.h"
+#include "Reference.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
@@ -18,8 +18,8 @@ using namespace StringUtils;
 namespace {
 
 void checkValidators(const std::string& text, unsigned int minDigits) {
-    static const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
-    static const std::regex feature = regexref::compile(Patterns::kFeatureAccessCode);
+    static const std::regex raw = reference::compile(Patterns::kRawPhoneNumber);
+    static const std::regex feature = reference::compile(Patterns::kFeatureAccessCode);
     const bool short_ = text.size() <= fuzzcheck::kRegexMaxLength;
     const bool validRaw = isValidRawPhoneNumber(text);
     if (short_) {
@@ -30,7 +30,7 @@ void checkValidators(const std::string& text, unsigned int minDigits) {
         require(minDigits <= Patterns::kPhoneDigitsWithPlusMax || !validRaw,
                 "a minimum above 21 throws");
         if (short_) {
-            require(valid == regexref::isValidPhoneNumber(text, minDigits, raw),
+            require(valid == reference::isValidPhoneNumber(text, minDigits, raw),
                     "isValidPhoneNumber is its patterns");
         }
     } catch (const std::regex_error& error) {

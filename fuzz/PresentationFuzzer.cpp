@@ -1,33 +1,16 @@
 // The presentation and sanitizing functions against their invariants. The first
 // byte is the width, joined-word count and byte budget; the rest is the text.
 #include "FuzzCheck.h"
+#include "Reference.h"
 #include "StringUtils/Presentation.h"
 #include "StringUtils/Sanitizing.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <string_view>
 
 using fuzzcheck::require;
 using namespace StringUtils;
-
-namespace {
-
-// sanatizeStatusString as erase-the-first-occurrence-and-search-again.
-std::string sanitizeByRepeatedErase(std::string text) {
-    const std::array<std::string, 11> forms = {"<html",    "<HTML",    "<script", "<SCRIPT",
-                                               "<img src", "<IMG SRC", "<a href", "<A HREF",
-                                               "\n",       "\t",       "\r"};
-    for (const std::string& form : forms) {
-        for (auto at = text.find(form); at != std::string::npos; at = text.find(form)) {
-            text.erase(at, form.size());
-        }
-    }
-    return text;
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) {
@@ -55,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const std::string sanitized = sanatizeStatusString(text);
     require(sanitized.find_first_of("\n\t\r") == std::string::npos, "no control characters left");
-    require(sanitized == sanitizeByRepeatedErase(text), "tokens go as by repeated erasure");
+    require(sanitized == reference::sanitizeStatusByRepeatedErase(text),
+            "tokens go as by repeated erasure");
     const std::string hidden = hideString(text);
     require(
         text.empty() ? hidden.empty() : hidden.ends_with("(" + std::to_string(text.size()) + ")"),

@@ -2,7 +2,7 @@
 // for, on many random texts drawn from alphabets near that pattern, including
 // texts at the edges of every bounded repetition.
 #include "DifferentialCheck.h"
-#include "RegexReference.h"
+#include "Reference.h"
 #include "StringUtils/Addresses.h"
 #include "StringUtils/PatternMatchers.h"
 #include "StringUtils/Patterns.h"
@@ -131,13 +131,13 @@ TEST(PatternMatchers, FeatureAccessCodeBlocksAtTheirLengthBounds) {
 
 TEST(PatternMatchers, MacAddressSearch) {
     TextGenerator gen(8);
-    const std::regex group = regexref::compile(Patterns::kHexGroup);
+    const std::regex group = reference::compile(Patterns::kHexGroup);
     const std::string alphabet = join("00aF9g:- .", kNonAscii);
     for (int i = 0; i < kRandomTexts; ++i) {
         const std::string mac = gen.text(alphabet, 0, 24);
         const std::string separator = gen.text(":-", 0, 2);
         ASSERT_EQ(StringUtils::reformatMACaddress(mac, separator),
-                  regexref::reformatMACaddress(mac, separator, group))
+                  reference::reformatMACaddress(mac, separator, group))
             << "mac \"" << difftest::printable(mac) << "\" separator \"" << separator << "\"";
     }
 }

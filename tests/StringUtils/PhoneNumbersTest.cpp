@@ -1,5 +1,5 @@
 #include "DifferentialCheck.h"
-#include "RegexReference.h"
+#include "Reference.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
@@ -230,7 +230,7 @@ TEST(PhoneNumbers, IsValidPhoneNumberRejectsMinimumAbove21LikeThePattern) {
 
 TEST(PhoneNumbers, IsValidPhoneNumberAsItsPatterns) {
     difftest::TextGenerator gen(11);
-    const std::regex raw = regexref::compile(Patterns::kRawPhoneNumber);
+    const std::regex raw = reference::compile(Patterns::kRawPhoneNumber);
     for (int i = 0; i < 4000; ++i) {
         std::string number = gen.text("0123456789 -()", gen.number(0, 34));
         if (gen.number(0, 1)) {
@@ -239,7 +239,7 @@ TEST(PhoneNumbers, IsValidPhoneNumberAsItsPatterns) {
         number = gen.mutate(number, "+.#a");
         const auto minDigits = static_cast<unsigned int>(gen.number(0, 21));
         ASSERT_EQ(isValidPhoneNumber(number, minDigits),
-                  regexref::isValidPhoneNumber(number, minDigits, raw))
+                  reference::isValidPhoneNumber(number, minDigits, raw))
             << "number \"" << number << "\" min " << minDigits;
     }
 }

@@ -1,4 +1,5 @@
 #include "DifferentialCheck.h"
+#include "Reference.h"
 #include "StringUtils/Presentation.h"
 #include "StringUtils/Sanitizing.h"
 
@@ -158,23 +159,6 @@ TEST(Sanitizing, SanatizeStatusString) {
     }
 }
 
-// sanatizeStatusString as a loop that erases the first occurrence of a token
-// and searches again from the start.
-std::string sanitizeByRepeatedErase(std::string text) {
-    for (const std::string token : {"<html", "<script", "<img src", "<a href", "\n", "\t", "\r"}) {
-        std::string upper = token;
-        for (char& c : upper) {
-            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-        }
-        for (const std::string& form : {token, upper}) {
-            for (auto at = text.find(form); at != std::string::npos; at = text.find(form)) {
-                text.erase(at, form.size());
-            }
-        }
-    }
-    return text;
-}
-
 TEST(Sanitizing, SanatizeStatusStringAsRepeatedErase) {
     difftest::TextGenerator gen(21);
     const std::string pieces[] = {"<",   "<html", "<HTML", "<scr", "ipt", "<SCR",
@@ -185,7 +169,7 @@ TEST(Sanitizing, SanatizeStatusStringAsRepeatedErase) {
         for (std::size_t n = gen.number(0, 12); n > 0; --n) {
             text += pieces[gen.number(0, 17)];
         }
-        ASSERT_EQ(sanatizeStatusString(text), sanitizeByRepeatedErase(text))
+        ASSERT_EQ(sanatizeStatusString(text), reference::sanitizeStatusByRepeatedErase(text))
             << difftest::printable(text);
     }
 }

@@ -1,18 +1,20 @@
-// The validators that are more than one whole-string match, written directly
-// with std::regex as their patterns define them: the reference that tests, fuzz
-// targets and benchmarks compare the library with. Only for short texts: the
-// regular expression engine recurses once per byte.
+// Plain, obviously right versions of library functions that tests, fuzz targets
+// and benchmarks compare the library with: the validators that are more than one
+// whole-string match, written directly with std::regex as their patterns define
+// them (only for short texts: the engine recurses once per byte), and the
+// status-text clean-up as a loop of erasures.
 #pragma once
 
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
+#include <array>
 #include <cstdio>
 #include <regex>
 #include <string>
 #include <string_view>
 
-namespace regexref {
+namespace reference {
 
 inline std::regex compile(std::string_view pattern) { return std::regex(std::string(pattern)); }
 
@@ -67,4 +69,18 @@ inline std::string reformatMACaddress(const std::string& mac, const std::string&
     return out;
 }
 
-}  // namespace regexref
+// sanatizeStatusString as a loop that erases the first occurrence of each token
+// form and searches again from the start, until none is left.
+inline std::string sanitizeStatusByRepeatedErase(std::string text) {
+    const std::array<std::string_view, 11> forms = {"<html",    "<HTML",    "<script", "<SCRIPT",
+                                                    "<img src", "<IMG SRC", "<a href", "<A HREF",
+                                                    "\n",       "\t",       "\r"};
+    for (const std::string_view form : forms) {
+        for (auto at = text.find(form); at != std::string::npos; at = text.find(form)) {
+            text.erase(at, form.size());
+        }
+    }
+    return text;
+}
+
+}  // namespace reference
