@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 
 namespace {
 
@@ -70,32 +69,6 @@ TEST(PatternMatchers, RawPhoneNumber) {
     difftest::expectSameAsRegex(
         Patterns::kRawPhoneNumber, detail::matchesRawPhoneNumber,
         [&] { return gen.text(alphabet, 0, 10); }, kRandomTexts);
-}
-
-TEST(PatternMatchers, DigitRunsForEveryMinimum) {
-    TextGenerator gen(5);
-    for (const bool allowPlus : {true, false}) {
-        const unsigned int max =
-            allowPlus ? Patterns::kPhoneDigitsWithPlusMax : Patterns::kPhoneDigitsMax;
-        const std::string format(allowPlus ? Patterns::kPhoneDigitsWithPlus
-                                           : Patterns::kPhoneDigits);
-        for (unsigned int min = 1; min <= Patterns::kPhoneDigitsWithPlusMax; ++min) {
-            SCOPED_TRACE(testing::Message() << "allowPlus " << allowPlus << " min " << min);
-            char pattern[64];
-            std::snprintf(pattern, sizeof pattern, format.c_str(), min, max);
-            const auto matcher = [&](std::string_view text) {
-                return detail::matchesDigitRun(text, allowPlus, min, max);
-            };
-            const auto text = [&] {
-                std::string digits = gen.text("0123456789", gen.number(0, max + 2));
-                if (gen.number(0, 1)) {
-                    digits.insert(0, "+");
-                }
-                return gen.mutate(digits, "+0a#");
-            };
-            difftest::expectSameAsRegex(pattern, matcher, text, kRandomTexts / 40);
-        }
-    }
 }
 
 TEST(PatternMatchers, FeatureAccessCodeShortRandomTexts) {

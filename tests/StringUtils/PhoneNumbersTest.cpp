@@ -187,28 +187,28 @@ TEST(PhoneNumbers, IsValidPhoneNumber) {
     struct Case {
         std::string number;
         unsigned int minDigits;
-        bool valid;
+        bool raw, valid;
     };
     const Case cases[] = {
-        {"+1 (555) 010-0199", 0, true},
-        {"555.0100", 0, false},
-        {digits25, 10, true},
-        {"+" + digits25, 10, false},
-        {"12", 3, false},
-        {"123", 3, true},
-        {"+", 0, false},
-        {" ", 0, false},
-        {"+" + std::string(21, '1'), 21, true},
-        {"+" + std::string(22, '1'), 1, false},
-        {std::string(30, '1'), 21, true},
-        {std::string(31, '1'), 1, false},
-        {"++1", 1, false},
-        {"1+1", 1, false},
+        {"+1 (555) 010-0199", 0, true, true},
+        {"555.0100", 0, false, false},
+        {digits25, 10, true, true},
+        {"+" + digits25, 10, true, false},
+        {"12", 3, true, false},
+        {"123", 3, true, true},
+        {"+", 0, false, false},
+        {" ", 0, true, false},
+        {"+" + std::string(21, '1'), 21, true, true},
+        {"+" + std::string(22, '1'), 1, true, false},
+        {std::string(30, '1'), 21, true, true},
+        {std::string(31, '1'), 1, true, false},
+        {"++1", 1, false, false},
+        {"1+1", 1, false, false},
+        {"1\n", 1, false, false},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.number + " min " + std::to_string(c.minDigits));
-        EXPECT_EQ(isValidRawPhoneNumber(c.number), c.number != "555.0100" && c.number != "++1" &&
-                                                       c.number != "1+1" && c.number != "+");
+        EXPECT_EQ(isValidRawPhoneNumber(c.number), c.raw);
         EXPECT_EQ(isValidPhoneNumber(c.number, c.minDigits), c.valid);
     }
 }
@@ -231,7 +231,7 @@ TEST(PhoneNumbers, IsValidPhoneNumberRejectsMinimumAbove21LikeThePattern) {
 TEST(PhoneNumbers, IsValidPhoneNumberAsItsPatterns) {
     difftest::TextGenerator gen(11);
     const std::regex raw = reference::compile(Patterns::kRawPhoneNumber);
-    for (int i = 0; i < 4000; ++i) {
+    for (int i = 0; i < 3000; ++i) {
         std::string number = gen.text("0123456789 -()", gen.number(0, 34));
         if (gen.number(0, 1)) {
             number.insert(0, "+");
