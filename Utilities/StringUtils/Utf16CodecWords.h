@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 #include <type_traits>
 
 namespace StringUtils::Utf16Codec {
@@ -125,6 +126,27 @@ void narrowEight(const T* p, char* out) {
     units &= 0xFF;
     const Bytes bytes = __builtin_convertvector(__builtin_convertvector(units, Halves), Bytes);
     std::memcpy(out, &bytes, sizeof bytes);
+}
+
+// The frame of both directions: a result of exactly size elements, filled block
+// by block. bulk(p, out, full) converts the fast way while it can; step(p, out)
+// converts one sequence or code point. Both return the new input position.
+template <typename Out, typename In, typename Bulk, typename Step>
+std::basic_string<Out> convertInBlocks(const In* p, const In* end, size_t size, Bulk bulk,
+                                       Step step) {
+    std::basic_string<Out> result;
+    result.reserve(size);
+    Out block[kBlock];
+    while (p != end) {
+        Out* out = block;
+        const Out* const full = block + kBlock - kStepRoom;
+        p = bulk(p, out, full);
+        while (p != end && out <= full) {
+            p = step(p, out);
+        }
+        result.append(block, static_cast<size_t>(out - block));
+    }
+    return result;
 }
 
 }  // namespace StringUtils::Utf16Codec

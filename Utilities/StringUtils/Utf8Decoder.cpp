@@ -108,21 +108,14 @@ const unsigned char* decodeBulk(const unsigned char* p, const unsigned char* end
 
 template <typename T>
 std::basic_string<T> fromUtf8(std::string_view text) {
-    const auto* p = reinterpret_cast<const unsigned char*>(text.data());
-    const auto* const end = p + text.size();
-    std::basic_string<T> result;
-    result.reserve(countUnits(p, end));
-    T block[kBlock];
-    while (p != end) {
-        T* out = block;
-        const T* const full = block + kBlock - kStepRoom;
-        p = decodeBulk(p, end, out, full);
-        while (p != end && out <= full) {
-            p = decodeSequence(p, end, out);
-        }
-        result.append(block, static_cast<size_t>(out - block));
-    }
-    return result;
+    const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
+    const auto* const end = begin + text.size();
+    return convertInBlocks<T>(
+        begin, end, countUnits(begin, end),
+        [end](const unsigned char* p, T*& out, const T* full) {
+            return decodeBulk(p, end, out, full);
+        },
+        [end](const unsigned char* p, T*& out) { return decodeSequence(p, end, out); });
 }
 
 template std::basic_string<char16_t> fromUtf8<char16_t>(std::string_view);

@@ -125,21 +125,11 @@ const T* encodeBulk(const T* p, const T* end, char*& out, const char* full) {
 
 template <typename T>
 std::string toUtf8(std::basic_string_view<T> text) {
-    const T* p = text.data();
-    const T* const end = p + text.size();
-    std::string result;
-    result.reserve(countBytes(p, end));
-    char block[kBlock];
-    while (p != end) {
-        char* out = block;
-        const char* const full = block + kBlock - kStepRoom;
-        p = encodeBulk(p, end, out, full);
-        while (p != end && out <= full) {
-            p = encodeCodePoint(p, end, out);
-        }
-        result.append(block, static_cast<size_t>(out - block));
-    }
-    return result;
+    const T* const end = text.data() + text.size();
+    return convertInBlocks<char>(
+        text.data(), end, countBytes(text.data(), end),
+        [end](const T* p, char*& out, const char* full) { return encodeBulk(p, end, out, full); },
+        [end](const T* p, char*& out) { return encodeCodePoint(p, end, out); });
 }
 
 template std::string toUtf8<char16_t>(std::basic_string_view<char16_t>);

@@ -64,15 +64,17 @@ auto attempt(Call call) -> std::optional<decltype(call())> {
     }
 }
 
-// Each check fails the test on a disagreement; it returns whether the input fell
-// into one of the reference's known departures.
-template <typename T>
-bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::string& text) {
-    const auto expected = attempt([&] { return reference.from_bytes(text); });
-    std::optional<std::basic_string<T>> actual;
+// Runs our conversion and the reference's on one input. Fails the test on a
+// disagreement: a result where the reference has none, a different result, our
+// exception without our exact message, or a rejection outside the reference's
+// known departures. Returns whether the input was such a departure.
+template <typename Ours, typename Theirs>
+bool agree(Ours ours, Theirs reference, const std::string& ourMessage, bool knownDeparture) {
+    const auto expected = attempt(reference);
+    std::optional<decltype(ours())> actual;
     std::string message;
     try {
-        actual = ours.from_bytes(text);
+        actual = ours();
     } catch (const std::range_error& error) {
         message = error.what();
     }
@@ -81,35 +83,25 @@ bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::stri
         EXPECT_EQ(actual, expected);
         return false;
     }
-    EXPECT_EQ(message, "wstring_convert: from_bytes error");
+    EXPECT_EQ(message, ourMessage);
     if (expected) {
-        EXPECT_TRUE(holdsEncodedSurrogate(text) || endsInCutSequence(text))
+        EXPECT_TRUE(knownDeparture)
             << "rejected what the reference accepts, outside its known departures";
     }
     return expected.has_value();
 }
 
 template <typename T>
+bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::string& text) {
+    return agree([&] { return ours.from_bytes(text); }, [&] { return reference.from_bytes(text); },
+                 "wstring_convert: from_bytes error",
+                 holdsEncodedSurrogate(text) || endsInCutSequence(text));
+}
+
+template <typename T>
 bool checkToBytes(Converter<T>& ours, Reference<T>& reference, const std::basic_string<T>& text) {
-    const auto expected = attempt([&] { return reference.to_bytes(text); });
-    std::optional<std::string> actual;
-    std::string message;
-    try {
-        actual = ours.to_bytes(text);
-    } catch (const std::range_error& error) {
-        message = error.what();
-    }
-    if (actual) {
-        EXPECT_TRUE(expected) << "accepted what the reference rejects";
-        EXPECT_EQ(actual, expected);
-        return false;
-    }
-    EXPECT_EQ(message, "wstring_convert: to_bytes error");
-    if (expected) {
-        EXPECT_TRUE(endsInHighSurrogate(text))
-            << "rejected what the reference accepts, outside its known departures";
-    }
-    return expected.has_value();
+    return agree([&] { return ours.to_bytes(text); }, [&] { return reference.to_bytes(text); },
+                 "wstring_convert: to_bytes error", endsInHighSurrogate(text));
 }
 
 std::string hex(const std::string& bytes) {
