@@ -18,7 +18,7 @@ namespace StringUtils::Utf16Codec {
 inline constexpr size_t kBlock = 2048;
 
 // Room kept free in a block for the largest single step of either direction
-// (eight ASCII elements, then a run step writing past a short sequence).
+// (sixteen elements at once, or one sequence written with a few spare bytes).
 inline constexpr size_t kStepRoom = 48;
 
 [[noreturn]] inline void throwFromBytesError() {
@@ -37,7 +37,7 @@ std::uint32_t unitAt(const T* p) {
     return static_cast<std::uint32_t>(static_cast<Unit<T>>(*p));
 }
 
-// lane repeated over a 64-bit word of laneBits-wide lanes.
+// A lane value repeated over a 64-bit word of laneBits-wide lanes.
 constexpr std::uint64_t repeatLane(std::uint64_t lane, int laneBits) {
     std::uint64_t word = 0;
     for (int shift = 0; shift < 64; shift += laneBits) {
@@ -46,9 +46,8 @@ constexpr std::uint64_t repeatLane(std::uint64_t lane, int laneBits) {
     return word;
 }
 
-// Index, in memory order, of the first lane of flags (a word loaded from memory
-// whose lanes are zero or have their top bit set) that is not zero; the lane
-// count when none is.
+// Index, in memory order, of the first non-zero laneBits-wide lane of a word
+// loaded from memory; the lane count when all are zero.
 template <int laneBits>
 int firstFlaggedLane(std::uint64_t flags) {
     if constexpr (std::endian::native == std::endian::little) {
@@ -103,17 +102,6 @@ int leadingAsciiUnits(const T* p) {
     return leading;
 }
 
-// The eight bytes at p as eight units (meaningful for ASCII bytes). Copying
-// them to a local first lets the compiler widen them in vector registers.
-template <typename T>
-void widenEight(const unsigned char* p, T* out) {
-    unsigned char bytes[8];
-    std::memcpy(bytes, p, sizeof bytes);
-    for (int i = 0; i < 8; ++i) {
-        out[i] = static_cast<T>(bytes[i]);
-    }
-}
-
 // The eight units at p as eight bytes (meaningful for ASCII units). Wide units
 // go through 16 bits, which keeps the narrowing in vector registers.
 template <typename T>
@@ -128,8 +116,73 @@ void narrowEight(const T* p, char* out) {
     std::memcpy(out, &bytes, sizeof bytes);
 }
 
-// The frame of both directions: a result of exactly size elements, filled block
-// by block. bulk(p, out, full) converts the fast way while it can; step(p, out)
+// Sixteen bytes and sixteen units as compiler vectors, which the compiler maps
+// to the target's vector registers (or emulates where it has none).
+typedef std::uint8_t Bytes16 __attribute__((vector_size(16)));
+typedef std::uint16_t Halves16 __attribute__((vector_size(32)));
+typedef std::uint64_t Words2 __attribute__((vector_size(16)));
+typedef std::uint32_t Wides16 __attribute__((vector_size(64)));
+template <typename T>
+using Units16 = std::conditional_t<sizeof(T) == 2, Halves16, Wides16>;
+
+// The number of leading elements whose flag byte is zero among sixteen flag
+// bytes (16 when all are).
+inline int leadingZeroFlags(const Bytes16& flags) {
+    const auto words = reinterpret_cast<Words2>(flags);
+    const int first = firstFlaggedLane<8>(words[0]);
+    return first < 8 ? first : 8 + firstFlaggedLane<8>(words[1]);
+}
+
+// True when all the flag bytes are zero.
+inline bool noFlags(const Bytes16& flags) {
+    const auto words = reinterpret_cast<Words2>(flags);
+    return (words[0] | words[1]) == 0;
+}
+
+// Widens the sixteen bytes at p to sixteen units at out (meaningful where they
+// are ASCII); returns true when they are all ASCII. Wide units are reached
+// through 16 bits, which the compiler keeps in vector registers.
+template <typename T>
+bool widenSixteen(const unsigned char* p, T* out) {
+    Bytes16 bytes;
+    std::memcpy(&bytes, p, sizeof bytes);
+    const Units16<T> units =
+        __builtin_convertvector(__builtin_convertvector(bytes, Halves16), Units16<T>);
+    std::memcpy(out, &units, sizeof units);
+    return noFlags(bytes & 0x80);
+}
+
+// The number of leading ASCII bytes among the sixteen at p.
+inline int leadingAscii(const unsigned char* p) {
+    Bytes16 bytes;
+    std::memcpy(&bytes, p, sizeof bytes);
+    return leadingZeroFlags(bytes & 0x80);
+}
+
+// Narrows the sixteen units at p to sixteen bytes at out (meaningful where they
+// are ASCII); returns true when they are all ASCII.
+template <typename T>
+bool narrowSixteen(const T* p, char* out) {
+    Units16<T> units;
+    std::memcpy(&units, p, sizeof units);
+    const Bytes16 bytes =
+        __builtin_convertvector(__builtin_convertvector(units & 0xFF, Halves16), Bytes16);
+    std::memcpy(out, &bytes, sizeof bytes);
+    // Folded into one 16-byte vector, the units have a bit above ASCII set
+    // exactly when one of them does.
+    Words2 chunks[sizeof units / 16];
+    std::memcpy(chunks, &units, sizeof units);
+    Words2 any = chunks[0];
+    for (const Words2& chunk : chunks) {
+        any |= chunk;
+    }
+    constexpr std::uint64_t kAboveAscii =
+        sizeof(T) == 2 ? 0xFF80FF80FF80FF80ULL : 0xFFFFFF80FFFFFF80ULL;
+    return ((any[0] | any[1]) & kAboveAscii) == 0;
+}
+
+// The frame of both directions: a result reserved for size elements, filled
+// block by block. bulk(p, out, full) converts the fast way while it can; step(p, out)
 // converts one sequence or code point. Both return the new input position.
 template <typename Out, typename In, typename Bulk, typename Step>
 std::basic_string<Out> convertInBlocks(const In* p, const In* end, size_t size, Bulk bulk,

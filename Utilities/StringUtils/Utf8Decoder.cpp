@@ -9,31 +9,27 @@ namespace StringUtils::Utf16Codec {
 
 namespace {
 
-constexpr std::uint64_t kHighBits = 0x8080808080808080ULL;
-
-std::uint64_t load64(const unsigned char* p) {
-    std::uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-}
-
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 // Code units that well-formed UTF-8 text decodes to: one per byte that is no
 // continuation byte, and a second one for each four-byte lead. Used only to size
 // the result; malformed text is rejected while decoding.
 size_t countUnits(const unsigned char* p, const unsigned char* end) {
-    constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
+    typedef std::uint8_t Bytes __attribute__((vector_size(16)));
     size_t count = 0;
-    for (; end - p >= 8; p += 8) {
-        const std::uint64_t word = load64(p);
-        const std::uint64_t continuation = word & ~(word << 1) & kHighBits;
-        const std::uint64_t fourByteLead =
-            word & (word << 1) & (word << 2) & (word << 3) & kHighBits;
-        // Per byte 1, minus 1 for a continuation byte, plus 1 for a four-byte lead;
-        // the multiplication adds the eight byte values up in the top byte.
-        const std::uint64_t units = kOnes - (continuation >> 7) + (fourByteLead >> 7);
-        count += static_cast<size_t>((units * kOnes) >> 56);
+    while (end - p >= 16) {
+        // Per-lane byte counters, emptied before they can overflow.
+        Bytes lanes = {};
+        for (int round = 0; round < 127 && end - p >= 16; ++round, p += 16) {
+            Bytes bytes;
+            std::memcpy(&bytes, p, sizeof bytes);
+            // A true comparison is all ones, so subtracting it adds one.
+            lanes -= (bytes & 0xC0) != 0x80;
+            lanes -= bytes >= 0xF0;
+        }
+        for (int i = 0; i < 16; ++i) {
+            count += lanes[i];
+        }
     }
     for (; p != end; ++p) {
         count += static_cast<size_t>(!isContinuation(*p)) + static_cast<size_t>(*p >= 0xF0);
@@ -86,18 +82,22 @@ const unsigned char* decodeSequence(const unsigned char* p, const unsigned char*
 }
 
 // Decodes into out while at least 16 bytes remain and out has room for a step.
-// Eight bytes are widened at once; where they hold a non-ASCII byte, only the
+// Sixteen bytes are widened at once; where they hold a non-ASCII byte, only the
 // ASCII bytes before it are kept, and the run of non-ASCII sequences from there
 // is decoded one sequence at a time.
 template <typename T>
 const unsigned char* decodeBulk(const unsigned char* p, const unsigned char* end, T*& out,
                                 const T* full) {
     while (end - p >= 16 && out <= full) {
-        const int ascii = firstFlaggedLane<8>(load64(p) & kHighBits);
-        widenEight(p, out);
+        if (widenSixteen(p, out)) {
+            p += 16;
+            out += 16;
+            continue;
+        }
+        const int ascii = leadingAscii(p);
         p += ascii;
         out += ascii;
-        while (ascii < 8 && p != end && *p >= 0x80 && out <= full) {
+        while (p != end && *p >= 0x80 && out <= full) {
             p = decodeSequence(p, end, out);
         }
     }

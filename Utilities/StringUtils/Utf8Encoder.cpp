@@ -1,5 +1,4 @@
 // UTF-16 -> UTF-8 half of the transcoder.
-#include <algorithm>
 #include <cstdint>
 
 #include "StringUtils/Utf16Codec.h"
@@ -8,27 +7,6 @@
 namespace StringUtils::Utf16Codec {
 
 namespace {
-
-// Number of UTF-8 bytes that well-formed UTF-16 code units encode to. Used only
-// to size the result; malformed input is rejected while encoding.
-template <typename T>
-size_t countBytes(const T* p, const T* end) {
-    size_t count = 0;
-    while (p != end) {
-        // 32-bit sums, in chunks too short to overflow them, vectorise better.
-        const T* const chunkEnd = p + std::min<size_t>(static_cast<size_t>(end - p), 1 << 20);
-        std::uint32_t chunk = 0;
-        for (; p != chunkEnd; ++p) {
-            const std::uint32_t unit = unitAt(p);
-            chunk += 1 + static_cast<std::uint32_t>(unit >= 0x80) +
-                     static_cast<std::uint32_t>(unit >= 0x800) +
-                     static_cast<std::uint32_t>(unit >= 0x10000) -
-                     static_cast<std::uint32_t>(unit - 0xD800 < 0x800);
-        }
-        count += chunk;
-    }
-    return count;
-}
 
 void putCodePoint(std::uint32_t code, char*& out) {
     if (code < 0x800) {
@@ -96,20 +74,27 @@ bool encodeBasicUnit(const T* p, char*& out) {
     return true;
 }
 
-// Encodes into out while at least 8 units remain and out has room for a step.
-// Eight units are narrowed at once; where they hold a non-ASCII unit, only the
-// ASCII units before it are kept, and the run of non-ASCII units from there is
-// encoded one code point at a time.
+// Encodes into out while at least 16 units remain and out has room for a step.
+// Eight units are narrowed at once, sixteen in a long ASCII run; where they hold
+// a non-ASCII unit, only the ASCII units before it are kept, and the run of
+// non-ASCII units from there is encoded one code point at a time.
 template <typename T>
 const T* encodeBulk(const T* p, const T* end, char*& out, const char* full) {
     // A local copy: stores through a char pointer could otherwise change out.
     char* o = out;
-    while (end - p >= 8 && o <= full) {
+    while (end - p >= 16 && o <= full) {
         const int ascii = eightAscii(p) ? 8 : leadingAsciiUnits(p);
         narrowEight(p, o);
         p += ascii;
         o += ascii;
-        while (ascii < 8 && p != end && unitAt(p) >= 0x80 && o <= full) {
+        if (ascii == 8) {
+            while (end - p >= 16 && o <= full && narrowSixteen(p, o)) {
+                p += 16;
+                o += 16;
+            }
+            continue;
+        }
+        while (p != end && unitAt(p) >= 0x80 && o <= full) {
             if (encodeBasicUnit(p, o)) {
                 ++p;
             } else {
@@ -127,7 +112,9 @@ template <typename T>
 std::string toUtf8(std::basic_string_view<T> text) {
     const T* const end = text.data() + text.size();
     return convertInBlocks<char>(
-        text.data(), end, countBytes(text.data(), end),
+        // One byte per unit: exact for ASCII, and a first guess that the string
+        // grows from otherwise (a counting pass costs more than that growth).
+        text.data(), end, text.size(),
         [end](const T* p, char*& out, const char* full) { return encodeBulk(p, end, out, full); },
         [end](const T* p, char*& out) { return encodeCodePoint(p, end, out); });
 }

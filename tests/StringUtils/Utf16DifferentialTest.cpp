@@ -172,6 +172,53 @@ TYPED_TEST(Utf16Differential, EveryFourByteLeadAndSecondByte) {
     }
 }
 
+// Sequences of every class at every offset of ASCII text longer than the
+// transcoder's widest step, so each lands in every lane of its word-at-a-time
+// paths, and at the very end. Digits and spaces differ from continuation bytes
+// in the top bit only.
+TYPED_TEST(Utf16Differential, SequencesAtEveryOffset) {
+    const std::string sequences[] = {
+        "\xC2\x80",
+        "\xDF\xBF",
+        "\xE0\xA0\x80",
+        "\xED\x9F\xBF",
+        "\xEF\xBF\xBF",
+        "\xF0\x90\x80\x80",
+        "\xF4\x8F\xBF\xBF",
+        "\x80",
+        "\xBF",
+        "\xC0\x80",
+        "\xE0\x9F\xBF",
+        "\xED\xA0\x80",
+        "\xF0\x8F\xBF\xBF",
+        "\xF4\x90\x80\x80",
+        "\xF8\x88\x80\x80",
+        "\xFF",
+        "\xC2\x41",
+        "\xE2\x82\x41",
+        "\xF0\x9F\x98\x41",
+    };
+    for (const auto& sequence : sequences) {
+        for (size_t offset = 0; offset <= 40; ++offset) {
+            SCOPED_TRACE(offset);
+            const std::string head(offset, '1');
+            this->checkSequence(head + sequence + std::string(40 - offset, ' '));
+            this->checkSequence(head + sequence);
+        }
+    }
+    using Text = std::basic_string<TypeParam>;
+    const Text units[] = {{0x80},           {0x7FF},  {0x800},  {0xFFFF},         {0xD83D, 0xDE00},
+                          {0xDBFF, 0xDFFF}, {0xD800}, {0xDC00}, {0xDC00, 0xD800}, {0xD800, 0x41}};
+    for (const auto& unit : units) {
+        for (size_t offset = 0; offset <= 40; ++offset) {
+            SCOPED_TRACE(offset);
+            const Text head(offset, u'1');
+            checkToBytes(this->ours, this->reference, head + unit + Text(40 - offset, u' '));
+            checkToBytes(this->ours, this->reference, head + unit);
+        }
+    }
+}
+
 // Texts of every character length, long enough to cross the transcoder's
 // internal blocks, some of them damaged at one random byte.
 TYPED_TEST(Utf16Differential, RandomTexts) {
