@@ -74,27 +74,33 @@ TEST(NumberParsing, KeepingParsers) {
                                                {"abc", 9, false, 9},
                                                {"99999999999999999999", 9, false, 9},
                                            });
-    const auto base16 = [](const std::string& text, unsigned long long& value) {
-        return StringUtils::toUnsignedLongLong(text, value, 16);
+    // One table for every base; the default base is 10.
+    struct Case {
+        int base;
+        Row<unsigned long long> row;
     };
-    checkRows<unsigned long long>(base16, {
-                                              {"", 9, true, 0},
-                                              {"ff", 9, true, 255},
-                                              {"0xff", 9, true, 255},
-                                              {"fg", 9, false, 15},
-                                              {"g", 9, false, 9},
-                                          });
-    const auto base10 = [](const std::string& text, unsigned long long& value) {
-        return StringUtils::toUnsignedLongLong(text, value);
+    const Case cases[] = {
+        {16, {"", 9, true, 0}},
+        {16, {"ff", 9, true, 255}},
+        {16, {"0xff", 9, true, 255}},
+        {16, {"fg", 9, false, 15}},
+        {16, {"g", 9, false, 9}},
+        {10, {"-1", 9, true, ULLONG_MAX}},
+        {10, {"18446744073709551616", 9, false, 9}},
+        {0, {"0x10", 9, true, 16}},
+        {0, {"010", 9, true, 8}},
     };
-    checkRows<unsigned long long>(base10, {
-                                              {"-1", 9, true, ULLONG_MAX},
-                                              {"18446744073709551616", 9, false, 9},
-                                          });
-    const auto detect = [](const std::string& text, unsigned long long& value) {
-        return StringUtils::toUnsignedLongLong(text, value, 0);
-    };
-    checkRows<unsigned long long>(detect, {{"0x10", 9, true, 16}, {"010", 9, true, 8}});
+    for (const auto& [base, row] : cases) {
+        SCOPED_TRACE(base);
+        checkRows<unsigned long long>(
+            [base](const std::string& text, unsigned long long& value) {
+                return StringUtils::toUnsignedLongLong(text, value, base);
+            },
+            {row});
+    }
+    unsigned long long value = 0;
+    EXPECT_TRUE(StringUtils::toUnsignedLongLong("255", value));
+    EXPECT_EQ(value, 255u);
 }
 
 TEST(NumberParsing, BoundedParsers) {

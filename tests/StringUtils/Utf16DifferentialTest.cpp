@@ -64,15 +64,17 @@ auto attempt(Call call) -> std::optional<decltype(call())> {
     }
 }
 
-// Each check fails the test on a disagreement; it returns whether the input fell
-// into one of the reference's known departures.
-template <typename T>
-bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::string& text) {
-    const auto expected = attempt([&] { return reference.from_bytes(text); });
-    std::optional<std::basic_string<T>> actual;
+// Runs our conversion and the reference's on one input. Fails the test on a
+// disagreement: a result where the reference has none, a different result, our
+// exception without our exact message, or a rejection outside the reference's
+// known departures. Returns whether the input was such a departure.
+template <typename Ours, typename Theirs>
+bool agree(Ours ours, Theirs reference, const std::string& ourMessage, bool knownDeparture) {
+    const auto expected = attempt(reference);
+    std::optional<decltype(ours())> actual;
     std::string message;
     try {
-        actual = ours.from_bytes(text);
+        actual = ours();
     } catch (const std::range_error& error) {
         message = error.what();
     }
@@ -81,35 +83,25 @@ bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::stri
         EXPECT_EQ(actual, expected);
         return false;
     }
-    EXPECT_EQ(message, "wstring_convert: from_bytes error");
+    EXPECT_EQ(message, ourMessage);
     if (expected) {
-        EXPECT_TRUE(holdsEncodedSurrogate(text) || endsInCutSequence(text))
+        EXPECT_TRUE(knownDeparture)
             << "rejected what the reference accepts, outside its known departures";
     }
     return expected.has_value();
 }
 
 template <typename T>
+bool checkFromBytes(Converter<T>& ours, Reference<T>& reference, const std::string& text) {
+    return agree([&] { return ours.from_bytes(text); }, [&] { return reference.from_bytes(text); },
+                 "wstring_convert: from_bytes error",
+                 holdsEncodedSurrogate(text) || endsInCutSequence(text));
+}
+
+template <typename T>
 bool checkToBytes(Converter<T>& ours, Reference<T>& reference, const std::basic_string<T>& text) {
-    const auto expected = attempt([&] { return reference.to_bytes(text); });
-    std::optional<std::string> actual;
-    std::string message;
-    try {
-        actual = ours.to_bytes(text);
-    } catch (const std::range_error& error) {
-        message = error.what();
-    }
-    if (actual) {
-        EXPECT_TRUE(expected) << "accepted what the reference rejects";
-        EXPECT_EQ(actual, expected);
-        return false;
-    }
-    EXPECT_EQ(message, "wstring_convert: to_bytes error");
-    if (expected) {
-        EXPECT_TRUE(endsInHighSurrogate(text))
-            << "rejected what the reference accepts, outside its known departures";
-    }
-    return expected.has_value();
+    return agree([&] { return ours.to_bytes(text); }, [&] { return reference.to_bytes(text); },
+                 "wstring_convert: to_bytes error", endsInHighSurrogate(text));
 }
 
 std::string hex(const std::string& bytes) {
@@ -176,6 +168,53 @@ TYPED_TEST(Utf16Differential, EveryFourByteLeadAndSecondByte) {
                                          static_cast<char>(third), static_cast<char>(fourth)});
                 }
             }
+        }
+    }
+}
+
+// Sequences of every class at every offset of ASCII text longer than the
+// transcoder's widest step, so each lands in every lane of its word-at-a-time
+// paths, and at the very end. Digits and spaces differ from continuation bytes
+// in the top bit only.
+TYPED_TEST(Utf16Differential, SequencesAtEveryOffset) {
+    const std::string sequences[] = {
+        "\xC2\x80",
+        "\xDF\xBF",
+        "\xE0\xA0\x80",
+        "\xED\x9F\xBF",
+        "\xEF\xBF\xBF",
+        "\xF0\x90\x80\x80",
+        "\xF4\x8F\xBF\xBF",
+        "\x80",
+        "\xBF",
+        "\xC0\x80",
+        "\xE0\x9F\xBF",
+        "\xED\xA0\x80",
+        "\xF0\x8F\xBF\xBF",
+        "\xF4\x90\x80\x80",
+        "\xF8\x88\x80\x80",
+        "\xFF",
+        "\xC2\x41",
+        "\xE2\x82\x41",
+        "\xF0\x9F\x98\x41",
+    };
+    for (const auto& sequence : sequences) {
+        for (size_t offset = 0; offset <= 40; ++offset) {
+            SCOPED_TRACE(offset);
+            const std::string head(offset, '1');
+            this->checkSequence(head + sequence + std::string(40 - offset, ' '));
+            this->checkSequence(head + sequence);
+        }
+    }
+    using Text = std::basic_string<TypeParam>;
+    const Text units[] = {{0x80},           {0x7FF},  {0x800},  {0xFFFF},         {0xD83D, 0xDE00},
+                          {0xDBFF, 0xDFFF}, {0xD800}, {0xDC00}, {0xDC00, 0xD800}, {0xD800, 0x41}};
+    for (const auto& unit : units) {
+        for (size_t offset = 0; offset <= 40; ++offset) {
+            SCOPED_TRACE(offset);
+            const Text head(offset, u'1');
+            checkToBytes(this->ours, this->reference, head + unit + Text(40 - offset, u' '));
+            checkToBytes(this->ours, this->reference, head + unit);
         }
     }
 }

@@ -1,6 +1,7 @@
 // The validators on typical inputs, each next to its baselines in the same run:
 // std::regex compiling the pattern and matching (what a direct use of the
 // patterns costs per call) and std::regex matching with a pattern compiled once.
+// Ends with the table of baseline time / our time per case.
 #include <benchmark/benchmark.h>
 
 #include <regex>
@@ -8,6 +9,7 @@
 
 #include "Reference.h"
 #include "StringUtils/Addresses.h"
+#include "StringUtils/BaselineRatio.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
@@ -15,27 +17,26 @@ namespace {
 
 namespace Patterns = StringUtils::Patterns;
 
-// Registers the three variants of one validator: Regex (compile and match),
-// RegexPrecompiled and Library.
+// Runs call in the benchmark loop.
+template <typename Call>
+void registerLoop(const std::string& name, Call call) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        for (auto _ : state) {
+            benchmark::DoNotOptimize(call());
+        }
+    });
+}
+
+// One validator against two baselines: "<name>/..." against std::regex
+// compiling and matching, "<name> precompiled/..." against a pattern compiled
+// once. Each pair is "ours" and "baseline" for the ratio table.
 template <typename Library, typename Precompiled, typename Compiled>
-void registerTrio(const char* name, Library library, Precompiled precompiled, Compiled compiled) {
-    const std::string base = std::string("BM_") + name;
-    benchmark::RegisterBenchmark((base + "/Regex").c_str(), [=](benchmark::State& state) {
-        for (auto _ : state) {
-            benchmark::DoNotOptimize(compiled());
-        }
-    });
-    benchmark::RegisterBenchmark((base + "/RegexPrecompiled").c_str(),
-                                 [=](benchmark::State& state) {
-                                     for (auto _ : state) {
-                                         benchmark::DoNotOptimize(precompiled());
-                                     }
-                                 });
-    benchmark::RegisterBenchmark((base + "/Library").c_str(), [=](benchmark::State& state) {
-        for (auto _ : state) {
-            benchmark::DoNotOptimize(library());
-        }
-    });
+void registerTrio(const std::string& name, Library library, Precompiled precompiled,
+                  Compiled compiled) {
+    registerLoop(name + "/baseline", compiled);
+    registerLoop(name + "/ours", library);
+    registerLoop(name + " precompiled/baseline", precompiled);
+    registerLoop(name + " precompiled/ours", library);
 }
 
 // A whole-string match of pattern against text, compiled on every call.
@@ -98,7 +99,11 @@ void registerAll() {
 int main(int argc, char** argv) {
     registerAll();
     benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    BaselineRatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     return 0;
 }
