@@ -7,9 +7,9 @@
 #include <regex>
 #include <string>
 
+#include "BaselineRatio.h"
 #include "Reference.h"
 #include "StringUtils/Addresses.h"
-#include "StringUtils/BaselineRatio.h"
 #include "StringUtils/Patterns.h"
 #include "StringUtils/PhoneNumbers.h"
 
