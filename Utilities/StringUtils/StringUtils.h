@@ -3,4 +3,19 @@
 // exported from the shared library.
 #pragma once
 
+#include "StringUtils/Case.h"
+#include "StringUtils/Encoding.h"
+#include "StringUtils/Extract.h"
 #include "StringUtils/HexAndFileName.h"
+#include "StringUtils/NumberFormatting.h"
+#include "StringUtils/NumberParsing.h"
+#include "StringUtils/PathsAndVersions.h"
+#include "StringUtils/Search.h"
+#include "StringUtils/Split.h"
+#include "StringUtils/Trim.h"
+
+// Addresses and codes, phone numbers, text presentation.
+#include "StringUtils/Addresses.h"
+#include "StringUtils/PhoneNumbers.h"
+#include "StringUtils/Presentation.h"
+#include "StringUtils/Sanitizing.h"

@@ -1,0 +1,140 @@
+#include "StringUtils/NumberParsing.h"
+
+#include <cctype>
+#include <charconv>
+#include <stdexcept>
+
+namespace StringUtils {
+
+namespace {
+
+// Whether the parser zeroes its out-parameter before anything else, and what an
+// empty text gives.
+enum class Rule { zeroFirstEmptyFails, keepValueEmptyIsZero };
+
+// Reads text with convert(text, &position) under rule: false for empty text (or
+// true with 0), false with value as the rule left it when convert throws, else the
+// number stored and true only when it consumed the whole text.
+template <typename T, typename Convert>
+bool parseWhole(const std::string& text, T& value, Rule rule, Convert convert) {
+    if (rule == Rule::zeroFirstEmptyFails) {
+        value = T{};
+    }
+    if (text.empty()) {
+        if (rule == Rule::keepValueEmptyIsZero) {
+            value = T{};
+            return true;
+        }
+        return false;
+    }
+    size_t position = 0;
+    try {
+        value = static_cast<T>(convert(text, &position));
+    } catch (const std::invalid_argument&) {
+        return false;
+    } catch (const std::out_of_range&) {
+        return false;
+    }
+    return position == text.size();
+}
+
+// Accepts only the characters isAllowed lets through, then reads an int in base
+// with from_chars, ignoring what follows the number.
+template <typename IsAllowed>
+bool viewToInteger(const std::string_view& text, int& value, int base, IsAllowed isAllowed) {
+    for (const char c : text) {
+        if (c != '-' && !isAllowed(static_cast<unsigned char>(c))) {
+            return false;
+        }
+    }
+    int parsed = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed, base);
+    static_cast<void>(end);
+    if (error != std::errc{}) {
+        return false;
+    }
+    value = parsed;
+    return true;
+}
+
+// toInteger, then the upper bound limit; the stored value keeps the low bits.
+template <typename T>
+bool toBoundedInteger(const std::string& text, T& value, int limit) {
+    int parsed = 0;
+    if (!toInteger(text, parsed) || parsed >= limit) {
+        return false;
+    }
+    value = static_cast<T>(parsed);
+    return true;
+}
+
+}  // namespace
+
+bool toDouble(const std::string& text, double& value) {
+    return parseWhole(
+        text, value, Rule::zeroFirstEmptyFails,
+        [](const std::string& s, size_t* position) { return std::stod(s, position); });
+}
+
+bool toLongLongInteger(const std::string& text, long long& value) {
+    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
+                      [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
+}
+
+bool toLongInteger(const std::string& text, long& value) {
+    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
+                      [](const std::string& s, size_t* p) { return std::stol(s, p, 10); });
+}
+
+bool toInteger(const std::string& text, int& value) {
+    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
+                      [](const std::string& s, size_t* p) { return std::stoi(s, p, 10); });
+}
+
+bool toMsTime(const std::string& text, long& value) {
+    return parseWhole(text, value, Rule::keepValueEmptyIsZero,
+                      [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
+}
+
+bool toUnsignedLongLong(const std::string& text, unsigned long long& value, int base) {
+    return parseWhole(text, value, Rule::keepValueEmptyIsZero,
+                      [base](const std::string& s, size_t* p) { return std::stoull(s, p, base); });
+}
+
+bool toInteger16(const std::string& text, unsigned short& value) {
+    return toBoundedInteger(text, value, 65536);
+}
+
+bool toInteger8(const std::string& text, unsigned char& value) {
+    return toBoundedInteger(text, value, 256);
+}
+
+bool stringViewToInteger(const std::string_view& text, int& value) {
+    return viewToInteger(text, value, 10, [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+bool hexStringViewToInteger(const std::string_view& text, int& value) {
+    return viewToInteger(text, value, 16, [](unsigned char c) { return std::isxdigit(c) != 0; });
+}
+
+bool toBool(const std::string& text) {
+    if (text.size() == 1) {
+        return text[0] == '1';
+    }
+    if (text.size() != 4) {
+        return false;
+    }
+    const char* const word = "true";
+    for (size_t i = 0; i < 4; ++i) {
+        if (std::tolower(static_cast<unsigned char>(text[i])) != word[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool toBool(const std::string& text, bool defaultValue) {
+    return text.empty() ? defaultValue : toBool(text);
+}
+
+}  // namespace StringUtils

@@ -1,0 +1,60 @@
+// Benchmarks come in pairs named "<case>/ours" and "<case>/baseline". This
+// console reporter prints the usual lines and, at the end, one line per case with
+// the baseline's time divided by ours (above 1: ours is faster) and our
+// throughput where the case counts bytes.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+
+class BaselineRatioReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            if (run.error_occurred || run.run_type != Run::RT_Iteration) {
+                continue;
+            }
+            const std::string name = run.benchmark_name();
+            const size_t slash = name.rfind('/');
+            if (slash == std::string::npos) {
+                continue;
+            }
+            Pair& pair = pairs_[name.substr(0, slash)];
+            const std::string side = name.substr(slash + 1);
+            if (side == "ours") {
+                pair.ours = run.GetAdjustedRealTime();
+                const auto bytes = run.counters.find("bytes_per_second");
+                pair.oursBytesPerSecond = bytes == run.counters.end() ? 0 : bytes->second.value;
+            } else if (side == "baseline") {
+                pair.baseline = run.GetAdjustedRealTime();
+            }
+        }
+    }
+
+    void Finalize() override {
+        ConsoleReporter::Finalize();
+        std::printf("\n%-44s %14s %12s\n", "case", "baseline/ours", "ours GB/s");
+        for (const auto& [name, pair] : pairs_) {
+            if (pair.ours <= 0 || pair.baseline <= 0) {
+                continue;
+            }
+            std::printf("%-44s %13.2fx", name.c_str(), pair.baseline / pair.ours);
+            if (pair.oursBytesPerSecond > 0) {
+                std::printf(" %12.2f", pair.oursBytesPerSecond / 1e9);
+            }
+            std::printf("\n");
+        }
+    }
+
+private:
+    struct Pair {
+        double ours = 0;
+        double baseline = 0;
+        double oursBytesPerSecond = 0;
+    };
+    std::map<std::string, Pair> pairs_;
+};

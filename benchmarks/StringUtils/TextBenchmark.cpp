@@ -1,0 +1,163 @@
+// Splitting, trimming, number parsing and joining against the plain standard
+// library idioms they replace.
+#include <benchmark/benchmark.h>
+
+#include <charconv>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "StringUtils/NumberParsing.h"
+#include "StringUtils/Split.h"
+#include "StringUtils/Trim.h"
+
+namespace {
+
+std::vector<std::string> getlineSplit(const std::string& text, char delimiter) {
+    std::vector<std::string> fields;
+    std::istringstream stream(text);
+    for (std::string field; std::getline(stream, field, delimiter);) {
+        fields.push_back(field);
+    }
+    return fields;
+}
+
+const std::string kCsvLine = "2024-06-07,alice,sip:alice@example.com,,42,3.14,ok";
+
+// About 1 MB of comma-separated words of 2 to 12 letters.
+std::string bigCsv() {
+    std::mt19937 random(3);
+    std::string text;
+    while (text.size() < (1 << 20)) {
+        text.append(2 + random() % 11, static_cast<char>('a' + random() % 26));
+        text += ',';
+    }
+    return text;
+}
+
+void splitLine(benchmark::State& state, const std::string& text, int variant) {
+    for (auto _ : state) {
+        if (variant == 0) {
+            auto fields = StringUtils::split(text, ',', false);
+            benchmark::DoNotOptimize(fields.data());
+        } else if (variant == 1) {
+            auto fields = StringUtils::splitToViews(text, ',', false);
+            benchmark::DoNotOptimize(fields.data());
+        } else {
+            auto fields = getlineSplit(text, ',');
+            benchmark::DoNotOptimize(fields.data());
+        }
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+const std::string kPadded = " \t  a value with inner spaces   \r\n";
+
+void trimOurs(benchmark::State& state) {
+    for (auto _ : state) {
+        std::string trimmed = StringUtils::trim(kPadded);
+        benchmark::DoNotOptimize(trimmed.data());
+    }
+}
+
+void trimBaseline(benchmark::State& state) {
+    for (auto _ : state) {
+        const char* const space = " \t\n\v\f\r";
+        const size_t first = kPadded.find_first_not_of(space);
+        std::string trimmed =
+            first == std::string::npos
+                ? std::string()
+                : kPadded.substr(first, kPadded.find_last_not_of(space) - first + 1);
+        benchmark::DoNotOptimize(trimmed.data());
+    }
+}
+
+const std::vector<std::string> kIntegers = {"0", "42", "-17", "2147483647", "99", "123456"};
+const std::vector<std::string> kDoubles = {"0.5", "-3.25e10", "42", "1e-7", "6.02214076e23"};
+
+// Parses every text with parse once per iteration.
+template <typename Parse>
+void parseAll(benchmark::State& state, const std::vector<std::string>& texts, Parse parse) {
+    for (auto _ : state) {
+        for (const auto& text : texts) {
+            benchmark::DoNotOptimize(parse(text));
+        }
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * texts.size()));
+}
+
+void registerParsers() {
+    benchmark::RegisterBenchmark("toInteger/ours", [](benchmark::State& state) {
+        parseAll(state, kIntegers, [](const std::string& text) {
+            int value = 0;
+            return StringUtils::toInteger(text, value) ? value : -1;
+        });
+    });
+    benchmark::RegisterBenchmark("toInteger/baseline", [](benchmark::State& state) {
+        parseAll(state, kIntegers, [](const std::string& text) { return std::stoi(text); });
+    });
+    benchmark::RegisterBenchmark("stringViewToInteger/ours", [](benchmark::State& state) {
+        parseAll(state, kIntegers, [](const std::string& text) {
+            int value = 0;
+            return StringUtils::stringViewToInteger(text, value) ? value : -1;
+        });
+    });
+    benchmark::RegisterBenchmark("stringViewToInteger/baseline", [](benchmark::State& state) {
+        parseAll(state, kIntegers, [](const std::string& text) {
+            int value = 0;
+            std::from_chars(text.data(), text.data() + text.size(), value);
+            return value;
+        });
+    });
+    benchmark::RegisterBenchmark("toDouble/ours", [](benchmark::State& state) {
+        parseAll(state, kDoubles, [](const std::string& text) {
+            double value = 0;
+            return StringUtils::toDouble(text, value) ? value : -1;
+        });
+    });
+    benchmark::RegisterBenchmark("toDouble/baseline", [](benchmark::State& state) {
+        parseAll(state, kDoubles, [](const std::string& text) { return std::stod(text); });
+    });
+}
+
+std::string streamJoin(const std::vector<std::string>& items, const std::string& separator) {
+    std::ostringstream stream;
+    for (size_t i = 0; i < items.size(); ++i) {
+        stream << items[i];
+        if (i + 1 < items.size()) {
+            stream << separator;
+        }
+    }
+    return stream.str();
+}
+
+void joinItems(benchmark::State& state, bool ours) {
+    const std::vector<std::string> items =
+        StringUtils::split(bigCsv().substr(0, 64 << 10), ',', false);
+    for (auto _ : state) {
+        std::string joined = ours ? StringUtils::join(items, ", ") : streamJoin(items, ", ");
+        benchmark::DoNotOptimize(joined.data());
+    }
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * items.size()));
+}
+
+const bool registered = [] {
+    const std::string big = bigCsv();
+    benchmark::RegisterBenchmark("split/csv line/ours", splitLine, kCsvLine, 0);
+    benchmark::RegisterBenchmark("split/csv line/baseline", splitLine, kCsvLine, 2);
+    benchmark::RegisterBenchmark("splitToViews/csv line/ours", splitLine, kCsvLine, 1);
+    benchmark::RegisterBenchmark("splitToViews/csv line/baseline", splitLine, kCsvLine, 2);
+    benchmark::RegisterBenchmark("split/1MB/ours", splitLine, big, 0);
+    benchmark::RegisterBenchmark("split/1MB/baseline", splitLine, big, 2);
+    benchmark::RegisterBenchmark("splitToViews/1MB/ours", splitLine, big, 1);
+    benchmark::RegisterBenchmark("splitToViews/1MB/baseline", splitLine, big, 2);
+    benchmark::RegisterBenchmark("trim/ours", trimOurs);
+    benchmark::RegisterBenchmark("trim/baseline", trimBaseline);
+    registerParsers();
+    benchmark::RegisterBenchmark("join/64KB of fields/ours", joinItems, true);
+    benchmark::RegisterBenchmark("join/64KB of fields/baseline", joinItems, false);
+    return true;
+}();
+
+}  // namespace

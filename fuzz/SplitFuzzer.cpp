@@ -1,0 +1,45 @@
+// Splitting and joining: the fields of a split joined with the delimiter give
+// the text back, and fixed-length pieces put together give the text back. The
+// first byte is the delimiter and chunk size; the next bytes up to the first
+// zero byte are a string delimiter; the rest is the text.
+#include "FuzzCheck.h"
+#include "StringUtils/Split.h"
+
+#include <algorithm>
+#include <cstdint>
+
+using fuzzcheck::require;
+using namespace StringUtils;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const char delimiter = static_cast<char>(data[0]);
+    const std::string rest = fuzzcheck::text(data + 1, size - 1);
+    const auto end = std::min(rest.find('\0'), std::min<std::size_t>(rest.size(), 4));
+    const std::string delimiters = rest.substr(0, end);
+    const std::string text = rest.substr(std::min(end + 1, rest.size()));
+
+    const std::string single(1, delimiter);
+    require(join(split(text, delimiter, false), single) == text, "char fields join back");
+    require(join(split(text, delimiters, false), delimiters) == text, "string fields join back");
+    const auto views = splitToViews(text, delimiter, true);
+    require(std::none_of(views.begin(), views.end(), [](std::string_view v) { return v.empty(); }),
+            "skipEmpty leaves no empty field");
+    const auto stringViews = splitToViews(text, delimiters, true);
+    require(std::none_of(stringViews.begin(), stringViews.end(),
+                         [](std::string_view v) { return v.empty(); }),
+            "skipEmpty leaves no empty field");
+
+    const int chunk = static_cast<unsigned char>(delimiter) % 17;
+    if (chunk > 0) {
+        std::string whole;
+        for (const std::string& piece : split(text, chunk, false)) {
+            whole += piece;
+        }
+        require(whole == text, "chunks put together give the text");
+    }
+    split(text, chunk - 1, true);
+    return 0;
+}
