@@ -38,6 +38,9 @@ bool parseWhole(const std::string& text, T& value, Rule rule, Convert convert) {
     return position == text.size();
 }
 
+// ASCII digits only, whatever the locale.
+bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
+
 // Accepts only the characters isAllowed lets through, then reads an int in base
 // with from_chars, ignoring what follows the number.
 template <typename IsAllowed>
@@ -110,11 +113,13 @@ bool toInteger8(const std::string& text, unsigned char& value) {
 }
 
 bool stringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 10, [](unsigned char c) { return std::isdigit(c) != 0; });
+    return viewToInteger(text, value, 10, isDigit);
 }
 
 bool hexStringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 16, [](unsigned char c) { return std::isxdigit(c) != 0; });
+    return viewToInteger(text, value, 16, [](unsigned char c) {
+        return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+    });
 }
 
 bool toBool(const std::string& text) {
