@@ -38,20 +38,25 @@ bool parseWhole(const std::string& text, T& value, Rule rule, Convert convert) {
     return position == text.size();
 }
 
-// Accepts only the characters isAllowed lets through, then reads an int in base
-// with from_chars, ignoring what follows the number.
+// ASCII digits only, whatever the locale.
+bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
+
+// Reads an int in base with from_chars, ignoring what follows the number, and
+// accepts it only when every character is a minus sign or one isAllowed lets
+// through. The characters from_chars consumed are such characters already, so
+// only the rest of the text is looked at.
 template <typename IsAllowed>
 bool viewToInteger(const std::string_view& text, int& value, int base, IsAllowed isAllowed) {
-    for (const char c : text) {
-        if (c != '-' && !isAllowed(static_cast<unsigned char>(c))) {
-            return false;
-        }
-    }
+    const char* const last = text.data() + text.size();
     int parsed = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), parsed, base);
-    static_cast<void>(end);
+    const auto [rest, error] = std::from_chars(text.data(), last, parsed, base);
     if (error != std::errc{}) {
         return false;
+    }
+    for (const char* p = rest; p != last; ++p) {
+        if (*p != '-' && !isAllowed(static_cast<unsigned char>(*p))) {
+            return false;
+        }
     }
     value = parsed;
     return true;
@@ -110,11 +115,13 @@ bool toInteger8(const std::string& text, unsigned char& value) {
 }
 
 bool stringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 10, [](unsigned char c) { return std::isdigit(c) != 0; });
+    return viewToInteger(text, value, 10, isDigit);
 }
 
 bool hexStringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 16, [](unsigned char c) { return std::isxdigit(c) != 0; });
+    return viewToInteger(text, value, 16, [](unsigned char c) {
+        return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+    });
 }
 
 bool toBool(const std::string& text) {

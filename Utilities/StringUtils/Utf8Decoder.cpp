@@ -11,32 +11,6 @@ namespace {
 
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
-// Code units that well-formed UTF-8 text decodes to: one per byte that is no
-// continuation byte, and a second one for each four-byte lead. Used only to size
-// the result; malformed text is rejected while decoding.
-size_t countUnits(const unsigned char* p, const unsigned char* end) {
-    typedef std::uint8_t Bytes __attribute__((vector_size(16)));
-    size_t count = 0;
-    while (end - p >= 16) {
-        // Per-lane byte counters, emptied before they can overflow.
-        Bytes lanes = {};
-        for (int round = 0; round < 127 && end - p >= 16; ++round, p += 16) {
-            Bytes bytes;
-            std::memcpy(&bytes, p, sizeof bytes);
-            // A true comparison is all ones, so subtracting it adds one.
-            lanes -= (bytes & 0xC0) != 0x80;
-            lanes -= bytes >= 0xF0;
-        }
-        for (int i = 0; i < 16; ++i) {
-            count += lanes[i];
-        }
-    }
-    for (; p != end; ++p) {
-        count += static_cast<size_t>(!isContinuation(*p)) + static_cast<size_t>(*p >= 0xF0);
-    }
-    return count;
-}
-
 // Decodes the one UTF-8 sequence at p (p < end) into out; returns the position
 // after it.
 template <typename T>
@@ -110,12 +84,18 @@ template <typename T>
 std::basic_string<T> fromUtf8(std::string_view text) {
     const auto* const begin = reinterpret_cast<const unsigned char*>(text.data());
     const auto* const end = begin + text.size();
-    return convertInBlocks<T>(
-        begin, end, countUnits(begin, end),
+    // One unit per byte is exact for ASCII and never too little; a text that
+    // came out much shorter gives the spare room back.
+    auto result = convertInBlocks<T>(
+        begin, end, text.size(),
         [end](const unsigned char* p, T*& out, const T* full) {
             return decodeBulk(p, end, out, full);
         },
         [end](const unsigned char* p, T*& out) { return decodeSequence(p, end, out); });
+    if (result.capacity() > 2 * result.size()) {
+        result.shrink_to_fit();
+    }
+    return result;
 }
 
 template std::basic_string<char16_t> fromUtf8<char16_t>(std::string_view);
