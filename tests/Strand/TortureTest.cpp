@@ -61,7 +61,11 @@ STRAND_TEST_TRACEABLE void tortureHeldAtGate(Shared& shared) {
     }
     const Strand::ThreadId self = Strand::getThreadId();
     gate.occupant = self;
-    shared.changed.wait(lock, [&] { return gate.occupant != self || gate.closed; });
+    // A claimed occupant stays until its sampler has traced it, also when the
+    // test is closing: leaving earlier would put another stack under the trace.
+    shared.changed.wait(lock, [&] {
+        return gate.occupant != self || (gate.closed && !gate.claimed);
+    });
 }
 
 void workerBody(Shared& shared, unsigned seed) {
