@@ -1,6 +1,7 @@
 #include "StringUtils/Sanitizing.h"
 
 #include "StringUtils/Case.h"
+#include "StringUtils/Search.h"
 
 #include <array>
 #include <string_view>
@@ -11,31 +12,14 @@ namespace {
 constexpr std::array<std::string_view, 7> kStatusTokens = {
     "<html", "<script", "<img src", "<a href", "\n", "\t", "\r"};
 
-// Removes every occurrence of token from text, including occurrences that a
-// removal forms, with the same result as erasing the leftmost occurrence until
-// none is left. The result is built in place behind the read position: once its
-// tail forms the token, that tail is the leftmost occurrence of the text still
-// to be cleaned (the part before it has none), so it is dropped at once. Linear
-// in the length of text for the short tokens used here.
-void eraseAllOccurrences(std::string& text, std::string_view token) {
-    std::size_t kept = 0;
-    for (const char c : text) {
-        text[kept++] = c;
-        if (kept >= token.size() && c == token.back() &&
-            std::string_view(text).substr(kept - token.size(), token.size()) == token) {
-            kept -= token.size();
-        }
-    }
-    text.resize(kept);
-}
-
 }  // namespace
 
 std::string sanatizeStatusString(const std::string& status) {
     std::string result = status;
     for (const std::string_view token : kStatusTokens) {
-        eraseAllOccurrences(result, token);
-        eraseAllOccurrences(result, toUpper(std::string(token)));
+        const std::string lower(token);
+        eraseSubString(result, lower);
+        eraseSubString(result, toUpper(lower));
     }
     return result;
 }

@@ -1,6 +1,7 @@
 #include "StringUtils/Search.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "StringUtils/Case.h"
 
@@ -78,15 +79,21 @@ bool findSubStringCaseInsensitive(const std::string& text, const std::string& su
 
 void eraseSubString(std::string& text, const std::string& sub) {
     if (sub.empty()) {
-        return;
+        return;  // the empty text is found again and again; nothing to erase
     }
-    // An erasure can only form a new occurrence that starts less than sub.size()
-    // before the cut, so each search resumes there instead of at the start.
-    size_t from = 0;
-    for (size_t found; (found = text.find(sub, from)) != std::string::npos;) {
-        text.erase(found, sub.size());
-        from = found >= sub.size() - 1 ? found - (sub.size() - 1) : 0;
+    // Same result as erasing the leftmost occurrence until none is left, in one
+    // pass: the result is built in place behind the read position, and once its
+    // tail forms sub, that tail is the leftmost occurrence of the text still to
+    // be cleaned (the part before it has none), so it is dropped at once.
+    std::size_t kept = 0;
+    for (const char c : text) {
+        text[kept++] = c;
+        if (kept >= sub.size() && c == sub.back() &&
+            std::string_view(text).substr(kept - sub.size(), sub.size()) == sub) {
+            kept -= sub.size();
+        }
     }
+    text.resize(kept);
 }
 
 std::string replaceAll(const std::string& text, char from, char to) {

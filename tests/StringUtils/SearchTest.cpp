@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "Widen.h"
 
 namespace {
@@ -113,6 +115,30 @@ TEST(Search, EraseSubString) {
         std::string edited = text;
         StringUtils::eraseSubString(edited, sub);
         EXPECT_EQ(edited, result);
+    }
+}
+
+// The one-pass erasure against its definition: erase the leftmost occurrence
+// and search again from the start, until none is left.
+TEST(Search, EraseMatchesRepeatedLeftmostErasure) {
+    const auto reference = [](std::string text, const std::string& sub) {
+        for (std::size_t at; (at = text.find(sub)) != std::string::npos;) {
+            text.erase(at, sub.size());
+        }
+        return text;
+    };
+    std::mt19937 random(7);
+    for (const std::string sub : {"ab", "aba", "aab", "abab", "a", "bba"}) {
+        for (int i = 0; i < 2000; ++i) {
+            std::string text(random() % 24, 'a');
+            for (char& c : text) {
+                c = "ab"[random() % 2];
+            }
+            SCOPED_TRACE(text + " without " + sub);
+            std::string edited = text;
+            StringUtils::eraseSubString(edited, sub);
+            ASSERT_EQ(edited, reference(text, sub));
+        }
     }
 }
 
