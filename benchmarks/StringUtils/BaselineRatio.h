@@ -58,3 +58,16 @@ private:
     };
     std::map<std::string, Pair> pairs_;
 };
+
+// The body of a benchmark program's main(): runs the selected benchmarks and
+// ends with the table of ratios.
+inline int runWithBaselineRatios(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    BaselineRatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}

@@ -98,12 +98,5 @@ void registerAll() {
 
 int main(int argc, char** argv) {
     registerAll();
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
-        return 1;
-    }
-    BaselineRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return runWithBaselineRatios(argc, argv);
 }
