@@ -18,6 +18,7 @@
 #include <condition_variable>
 #include <iostream>
 #include <mutex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -96,7 +97,9 @@ private:
 
     void work(const quill::source::location& handedOver, const std::string& job) {
         const Strand::ScopedThreadName scope("worker", handedOver);
-        say("[" + Strand::getThreadName() + "] " + HERE.to_string());
+        std::ostringstream line;
+        line << '[' << Strand::getThreadName() << "] " << HERE;
+        say(line.str());
         if (const auto store = context_store::getStore().lock()) {
             store->addEntry(job + " (thread " + Strand::getThreadIdString() + ")");
         }
