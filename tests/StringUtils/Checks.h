@@ -23,8 +23,9 @@ template <typename Result>
 using Row = std::tuple<std::function<Result(const std::string&)>, std::string, Result>;
 template <typename Result>
 void expectTable(std::initializer_list<Row<Result>> rows) {
-    for (const auto& [function, text, expected] : rows)
+    for (const auto& [function, text, expected] : rows) {
         EXPECT_EQ(function(text), expected) << testing::PrintToString(text);
+    }
 }
 
 // Checks that predicate accepts every text of accepted and no text of rejected.

@@ -24,7 +24,7 @@ TEST(LargeInput, OnASmallStack) {
     const std::string labels = "a@b" + repeated(".c1-d"), plusDigits = "+" + repeated("1 "),
                       mac = repeated(":") + "1:2:3:4:5:6" + repeated("-"),
                       nested = repeated("<img") + "<img src" + repeated(" src");
-    auto checks = [&] {
+    auto checks = [&]() -> void* {
         EXPECT_TRUE(isValidEmail(labels));
         EXPECT_FALSE(isValidEmail(repeated("x") + "@b.c"));
         EXPECT_FALSE(isValidDiscoveryCode(labels));
@@ -36,14 +36,12 @@ TEST(LargeInput, OnASmallStack) {
         EXPECT_EQ(reformatMACaddress(mac, ":"), "01:02:03:04:05:06");
         EXPECT_TRUE(sanatizeStatusString(nested).empty());
         EXPECT_TRUE(sanatizeStatusString(repeated("\n")).empty());
+        return nullptr;
     };
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
-    const auto run = [](void* body) -> void* {
-        (*static_cast<decltype(checks)*>(body))();
-        return nullptr;
-    };
+    const auto run = [](void* body) { return (*static_cast<decltype(checks)*>(body))(); };
     pthread_t thread;
     ASSERT_EQ(pthread_create(&thread, &attributes, run, &checks), 0);
     pthread_join(thread, nullptr);

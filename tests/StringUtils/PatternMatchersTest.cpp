@@ -1,5 +1,5 @@
 // The hand-written matchers against std::regex with their patterns, and the other
-// validators against their references, on random texts near the patterns.
+// validators and clean-ups against their references, on random texts near them.
 #include "Checks.h"
 #include "Reference.h"
 #include "StringUtils/Addresses.h"
@@ -20,7 +20,7 @@ using checks::with;
 
 TEST(PatternMatchers, SameAsTheirPatterns) {
     checks::TextGenerator gen{std::mt19937(1)};
-    // 0 to 2 or bound - 2 to bound bytes of chars: the edges of a repetition {0,bound-1}.
+    // 0 to 2, or bound - 2 to bound, bytes of chars: both sides of an upper bound bound - 1.
     const auto near = [&](std::string_view chars, std::size_t bound) {
         const std::size_t length = gen.number(0, 1) ? gen.number(0, 2) : bound - gen.number(0, 2);
         return gen.text(chars, length, length);
@@ -59,7 +59,7 @@ TEST(PatternMatchers, SameAsTheirPatterns) {
           [&] { return gen.text("+", 0, 1) + gen.text(" -()0123456789", 1, 9); });
 }
 
-TEST(PatternMatchers, CleanersAndPhoneNumbersSameAsTheirReferences) {
+TEST(PatternMatchers, OthersSameAsTheirReferences) {
     checks::TextGenerator gen{std::mt19937(2)};
     const std::regex raw = reference::compile(kRawPhoneNumber),
                      group = reference::compile(kHexGroup);

@@ -15,7 +15,7 @@ namespace reference {
 
 inline std::regex compile(std::string_view pattern) { return std::regex(std::string(pattern)); }
 
-// isValidPhoneNumber with the raw pattern compiled by the caller; throws above 21.
+// isValidPhoneNumber with the raw pattern compiled by the caller; a minimum above 21 throws.
 inline bool isValidPhoneNumber(const std::string& number, unsigned int minDigits,
                                const std::regex& raw) {
     using namespace StringUtils::Patterns;
@@ -50,8 +50,9 @@ inline std::string reformatMACaddress(const std::string& mac, const std::string&
 inline std::string sanitizeStatusByRepeatedErase(std::string text) {
     for (const std::string_view form : {"<html", "<HTML", "<script", "<SCRIPT", "<img src",
                                         "<IMG SRC", "<a href", "<A HREF", "\n", "\t", "\r"}) {
-        for (auto at = text.find(form); at != std::string::npos; at = text.find(form))
+        for (auto at = text.find(form); at != std::string::npos; at = text.find(form)) {
             text.erase(at, form.size());
+        }
     }
     return text;
 }
