@@ -1,118 +1,92 @@
-// Each hand-written matcher against std::regex running the pattern it stands
-// for, on many random texts drawn from alphabets near that pattern, including
-// texts at the edges of every bounded repetition.
-#include "DifferentialCheck.h"
+// The hand-written matchers against std::regex with their patterns, and the other
+// validators and clean-ups against their references, on random texts near them.
+#include "Checks.h"
 #include "Reference.h"
 #include "StringUtils/Addresses.h"
 #include "StringUtils/PatternMatchers.h"
 #include "StringUtils/Patterns.h"
+#include "StringUtils/PhoneNumbers.h"
+#include "StringUtils/Sanitizing.h"
 
 #include <gtest/gtest.h>
 
-
 namespace {
 
-using difftest::TextGenerator;
 using namespace std::string_view_literals;
-namespace detail = StringUtils::detail;
-namespace Patterns = StringUtils::Patterns;
+using namespace StringUtils;
+using namespace StringUtils::detail;
+using namespace StringUtils::Patterns;
+using checks::with;
 
-constexpr int kRandomTexts = 20000;
-constexpr std::string_view kNonAscii = "\x80\xC3\xFF";
-
-std::string join(std::string_view a, std::string_view b) { return std::string(a) + std::string(b); }
-
-TEST(PatternMatchers, EmailShortRandomTexts) {
-    TextGenerator gen(1);
-    const std::string alphabet = join("aZ09-_.%+@@..!~ \0"sv, kNonAscii);
-    difftest::expectSameAsRegex(
-        Patterns::kEmail, detail::matchesEmail, [&] { return gen.text(alphabet, 0, 12); },
-        kRandomTexts);
-}
-
-TEST(PatternMatchers, EmailPartsAtTheirLengthBounds) {
-    TextGenerator gen(2);
-    // Parts of valid bytes with lengths just inside and outside each bound; the
-    // mutation then brings in a byte that may not belong there.
-    const auto part = [&](std::string_view chars, std::size_t bound) {
-        const std::size_t near[] = {0, 1, 2, bound - 1, bound, bound + 1};
-        const std::size_t length = near[gen.number(0, 5)];
-        return length == 0 ? std::string() : gen.text("aZ9", 1) + gen.text(chars, length - 1);
+TEST(PatternMatchers, SameAsTheirPatterns) {
+    checks::TextGenerator gen{std::mt19937(1)};
+    // 0 to 2, or bound - 2 to bound, bytes of chars: both sides of an upper bound bound - 1.
+    const auto near = [&](std::string_view chars, std::size_t bound) {
+        const std::size_t length = gen.number(0, 1) ? gen.number(0, 2) : bound - gen.number(0, 2);
+        return gen.text(chars, length, length);
     };
-    const std::string nearChars = join("@.-_#a", kNonAscii);
+    const auto label = [&](std::size_t n) { return gen.text("aZ9", 1, 1) + near("aZ09-", n); };
     const auto email = [&] {
-        std::string text = part("aZ09-_.%+", 256) + "@" + part("aZ09-", 65);
-        for (std::size_t labels = gen.number(0, 3); labels > 0; --labels) {
-            text += "." + part("aZ09-", 26);
-        }
-        return gen.mutate(text, nearChars);
+        std::string text = near("aZ09-_.%+", 257) + "@" + label(65);
+        for (std::size_t n = gen.number(0, 3); n > 0; --n) text += "." + label(26);
+        return gen.mutate(text, "@.-_#a\x80");
     };
-    difftest::expectSameAsRegex(Patterns::kEmail, detail::matchesEmail, email, kRandomTexts / 4);
-}
-
-TEST(PatternMatchers, DiscoveryCode) {
-    TextGenerator gen(3);
-    const std::string alphabet = join("AZ09-aK -_", kNonAscii);
-    difftest::expectSameAsRegex(
-        Patterns::kDiscoveryCode, detail::matchesDiscoveryCode,
-        [&] {
-            const std::string shaped =
-                gen.text("AZ09", 3) + "-" + gen.text("AZ09", 3) + "-" + gen.text("AZ09", 3);
-            return gen.number(0, 1) ? gen.mutate(shaped, alphabet) : gen.text(alphabet, 0, 13);
-        },
-        kRandomTexts);
-}
-
-TEST(PatternMatchers, RawPhoneNumber) {
-    TextGenerator gen(4);
-    const std::string alphabet = join("++ -()0159.#*a\n\0"sv, kNonAscii);
-    difftest::expectSameAsRegex(
-        Patterns::kRawPhoneNumber, detail::matchesRawPhoneNumber,
-        [&] { return gen.text(alphabet, 0, 10); }, kRandomTexts);
-}
-
-TEST(PatternMatchers, FeatureAccessCodeShortRandomTexts) {
-    TextGenerator gen(6);
-    difftest::expectSameAsRegex(
-        Patterns::kFeatureAccessCode, detail::matchesFeatureAccessCode,
-        [&] { return gen.text("**##+0123456789,", 0, 14); }, kRandomTexts);
-}
-
-TEST(PatternMatchers, FeatureAccessCodeBlocksAtTheirLengthBounds) {
-    TextGenerator gen(7);
-    const auto block = [&] {
-        std::string text = gen.text("*#", 1) + gen.text("*#0123456789", gen.number(0, 5));
-        if (gen.number(0, 1)) {
-            text += "+";
-        }
-        const std::size_t digits[] = {0, 1, 14, 15, 16};
-        return text + gen.text("0123456789", digits[gen.number(0, 4)]);
+    const auto discoveryCode = [&] {
+        std::string text = gen.text("AZ09", 9, 9);
+        return gen.mutate(text.insert(6, "-").insert(3, "-"), "AZ09-aK -_\x80");
     };
-    const auto code = [&] {
+    const auto code = [&] {  // 1 to 4 blocks, each with up to 2 or 14 to 16 final digits
         std::string text;
-        for (std::size_t blocks = gen.number(1, 4); blocks > 0; --blocks) {
-            text += block();
+        for (std::size_t n = gen.number(1, 4); n > 0; --n) {
+            text += gen.text("*#", 1, 1) + gen.text("*#0123456789", 0, 5) + gen.text("+", 0, 1) +
+                    near("0123456789", 16);
         }
-        if (gen.number(0, 1)) {
-            text += "#";
-        }
-        return gen.mutate(text, "*#+0,");
+        return gen.mutate(text + gen.text("#", 0, 1), "*#+0,");
     };
-    difftest::expectSameAsRegex(Patterns::kFeatureAccessCode, detail::matchesFeatureAccessCode,
-                                code, kRandomTexts / 2);
+    // Half of the texts short and random from alphabet, half from shaped.
+    const auto check = [&](std::string_view pattern, bool (*matcher)(std::string_view),
+                           std::string_view alphabet, auto shaped) {
+        SCOPED_TRACE(pattern);
+        const std::regex regex = reference::compile(pattern);
+        const auto expected = [&](auto& text) { return std::regex_match(text, regex); };
+        const auto make = [&] { return gen.number(0, 1) ? gen.text(alphabet, 0, 14) : shaped(); };
+        checks::expectSame(matcher, expected, make, 20000);
+    };
+    check(kEmail, matchesEmail, "aZ09-_.%+@@..!~ \0\x80\xC3\xFF"sv, email);
+    check(kDiscoveryCode, matchesDiscoveryCode, "AZ09-aK -_\x80\xC3", discoveryCode);
+    check(kFeatureAccessCode, matchesFeatureAccessCode, "**##+0123456789,", code);
+    check(kRawPhoneNumber, matchesRawPhoneNumber, "++ -()0159.#*a\n\0\x80\xC3\xFF"sv,
+          [&] { return gen.text("+", 0, 1) + gen.text(" -()0123456789", 1, 9); });
 }
 
-TEST(PatternMatchers, MacAddressSearch) {
-    TextGenerator gen(8);
-    const std::regex group = reference::compile(Patterns::kHexGroup);
-    const std::string alphabet = join("00aF9g:- .", kNonAscii);
-    for (int i = 0; i < kRandomTexts; ++i) {
-        const std::string mac = gen.text(alphabet, 0, 24);
-        const std::string separator = gen.text(":-", 0, 2);
-        ASSERT_EQ(StringUtils::reformatMACaddress(mac, separator),
-                  reference::reformatMACaddress(mac, separator, group))
-            << "mac \"" << difftest::printable(mac) << "\" separator \"" << separator << "\"";
+TEST(PatternMatchers, OthersSameAsTheirReferences) {
+    checks::TextGenerator gen{std::mt19937(2)};
+    const std::regex raw = reference::compile(kRawPhoneNumber),
+                     group = reference::compile(kHexGroup);
+    const auto number = [&] {
+        return gen.mutate(gen.text("+", 0, 1) + gen.text("0123456789 -()", 0, 34), "+.#a");
+    };
+    for (unsigned int min = 0; min <= 21; ++min) {
+        SCOPED_TRACE(min);
+        checks::expectSame(with(isValidPhoneNumber, min),
+                           with(reference::isValidPhoneNumber, min, raw), number, 200);
     }
+    const auto mac = [&] { return gen.text("00aF9g:- .\x80\xC3\xFF", 0, 24); };
+    for (const std::string separator : {"", ":", "::-"}) {
+        SCOPED_TRACE(separator);
+        checks::expectSame(with(reformatMACaddress, separator),
+                           with(reference::reformatMACaddress, separator, group), mac, 7000);
+    }
+
+    const std::string pieces[] = {"<",   "<html", "<HTML", "<scr", "ipt", "<SCR",
+                                  "IPT", "<img",  " src",  " SRC", "<a",  " href",
+                                  "\n",  "\t",    "\r",    "x",    "<ht", "ml"};
+    const auto text = [&] {
+        std::string out;
+        for (std::size_t n = gen.number(0, 12); n > 0; --n) out += pieces[gen.number(0, 17)];
+        return out;
+    };
+    checks::expectSame(sanatizeStatusString, reference::sanitizeStatusByRepeatedErase, text, 5000);
 }
 
 }  // namespace
