@@ -12,16 +12,14 @@ using Strand::ScopedThreadNotifications;
 
 // A listener that runs the given actions.
 struct Listener : Strand::IScopedThreadCallback {
-    explicit Listener(
-        std::function<void()> start, std::function<void()> end = [] {})
+    explicit Listener(std::function<void()> start, std::function<void()> end = nullptr)
         : started(std::move(start)), ended(std::move(end)) {}
     void onStarted() override { started(); }
-    void onEnded() override { ended(); }
+    void onEnded() override { ended ? ended() : void(); }
     std::function<void()> started, ended;
 };
 
-// A listener that appends "<tag>+ " and "<tag>- " to log; the tests notify from one thread at a
-// time.
+// Appends "<tag>+ " and "<tag>- " to log (notified from one thread at a time).
 std::shared_ptr<Listener> recorder(std::string& log, const std::string& tag) {
     return std::make_shared<Listener>([&log, tag] { log += tag + "+ "; },
                                       [&log, tag] { log += tag + "- "; });

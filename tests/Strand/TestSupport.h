@@ -30,12 +30,12 @@
 // (with the executable's ENABLE_EXPORTS) so that trace lines name them.
 #define STRAND_TEST_TRACEABLE __attribute__((noinline, visibility("default")))
 
-// A thread that waits for tasks and runs them, outside any signal handler. One
-// made with known = false never asks the library for its identity.
+// A thread that runs the tasks handed to it, outside any signal handler, and
+// waits in between. Made with known = false, it never asks for its identity.
 class ParkedThread {
 public:
     explicit ParkedThread(bool known = true) {
-        run([this, known] {
+        run([&] {
             id_ = known ? Strand::getThreadId() : Strand::ThreadId{{}, Strand::gettid(), 0};
         });
     }
@@ -47,23 +47,21 @@ public:
     void run(std::function<void()> task) {  // returns when task has run
         std::unique_lock<std::mutex> lock(mutex_);
         task_ = std::move(task);
-        pending_ = true;
         changed_.notify_all();
-        changed_.wait(lock, [this] { return !pending_; });
+        changed_.wait(lock, [this] { return !task_; });
     }
 
 private:
     std::mutex mutex_;
     std::condition_variable changed_;
     std::function<void()> task_;
-    bool pending_ = false, stopped_ = false;
+    bool stopped_ = false;
     Strand::ThreadId id_{};
     std::thread thread_{[this] {
         std::unique_lock<std::mutex> lock(mutex_);
         while (!stopped_) {
-            changed_.wait(lock, [this] { return pending_; });
-            task_();
-            pending_ = false;
+            changed_.wait(lock, [this] { return task_ != nullptr; });
+            std::exchange(task_, nullptr)();  // run() sees it gone once the lock is free
             changed_.notify_all();
         }
     }};

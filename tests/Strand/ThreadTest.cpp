@@ -43,11 +43,9 @@ TEST(ThreadId, ForkedChildSeesItsOwnTriple) {
     const pid_t child = fork();
     if (child == 0) {
         const Strand::ThreadId self = Strand::getThreadId();
-        _exit(std::get<1>(self) == Strand::gettid() && std::get<1>(self) != std::get<1>(parent) &&
-                      Strand::getThreadIds() == std::vector<Strand::ThreadId>{self} &&
-                      Strand::getThreadName() == "forking thread with a long name"
-                  ? 0
-                  : 1);
+        const bool ok = std::get<1>(self) == Strand::gettid() && self != parent &&
+                        Strand::getThreadIds() == std::vector<Strand::ThreadId>{self};
+        _exit(ok && Strand::getThreadName() == "forking thread with a long name" ? 0 : 1);
     }
     int status = 0;
     waitpid(child, &status, 0);
@@ -75,27 +73,25 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
 TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
     const auto previous =
         Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
-    std::vector<std::string> calls;
-    quill::overrideable::g_quillAssertErrorLogFunc =
-        [&](const std::string& text, int line, const std::string& file, const std::string& fn) {
-            calls.push_back(text + "|" + file + "|" + fn + "|" + (line > 0 ? "+" : "0"));
-        };
-    quill::overrideable::g_quillAssertFunc = [&](const std::string& file, int,
-                                                 const std::string& fn, const std::string& cond,
-                                                 const std::string& message) {
-        calls.push_back(file + "|" + fn + "|" + cond + "|" + message);
+    std::string calls;
+    quill::overrideable::g_quillAssertErrorLogFunc = [&](const auto& text, int line,
+                                                         const auto& file, const auto& fn) {
+        calls += text + "|" + file + "|" + fn + "|" + (line > 0 ? "+" : "0") + ", ";
     };
-    const std::string name(200, 'n');
+    quill::overrideable::g_quillAssertFunc = [&](const auto& file, int, const auto& fn,
+                                                 const auto& cond, const auto& message) {
+        calls += file + "|" + fn + "|" + cond + "|" + message;
+    };
+    const std::string name(200, 'n'), message = "pthread_setname_np failed :" + name;
     const auto names = onNewThread([&] {
         const std::string before = Strand::getThreadName();
         Strand::setThreadName(name);
         return std::make_pair(before, Strand::getThreadName());
     });
     EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
-    const std::string message = "pthread_setname_np failed :" + name;
-    EXPECT_EQ(calls, (std::vector<std::string>{"Assertion failed: rc == 0 with message: " +
-                                                   message + "|ThreadName.cpp|setThreadName|+",
-                                               "ThreadName.cpp|setThreadName|rc == 0|" + message}));
+    EXPECT_EQ(calls, "Assertion failed: rc == 0 with message: " + message +
+                         "|ThreadName.cpp|setThreadName|+, ThreadName.cpp|setThreadName|rc == 0|" +
+                         message);
     quill::overrideable::g_quillAssertFunc = [](auto&&...) { throw std::runtime_error("hook"); };
     EXPECT_THROW(onNewThread([] { Strand::setThreadName("x"); }), std::runtime_error);
     Strand::platform::exchangeNameSetterForTesting(previous);
