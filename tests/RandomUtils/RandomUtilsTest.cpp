@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <climits>
+#include <cstdlib>
 #include <functional>
 #include <tuple>
 #include <vector>
@@ -11,110 +13,55 @@ namespace {
 
 using quill::overrideable::g_randFunc;
 
-// Restores the default hook after each test.
-class Random : public ::testing::Test {
-protected:
-    void TearDown() override { g_randFunc = &quill::defaultRand; }
-
-    // A hook that records its arguments and answers with `answer`.
-    void installRecorder(int answer) {
-        g_randFunc = [this, answer](int low, int high, bool sign) {
-            draws.emplace_back(low, high, sign);
-            return answer;
-        };
-    }
-
-    std::vector<std::tuple<int, int, bool>> draws;
-};
-
-TEST_F(Random, DefaultDrawsStayInRangeAndApplySign) {
-    EXPECT_EQ(quill::rand(7, 7, true), 7) << "equal bounds never draw a sign";
-    int negatives = 0;
-    constexpr int kDraws = 20000;
-    for (int i = 0; i < kDraws; ++i) {
-        const int value = quill::rand(1, 100, true);
-        ASSERT_TRUE((value >= 1 && value <= 100) || (value >= -100 && value <= -1)) << value;
-        negatives += value < 0;
-    }
-    // Binomial(20000, 0.5): +-5% is more than 14 standard deviations.
-    EXPECT_GT(negatives, kDraws * 45 / 100);
-    EXPECT_LT(negatives, kDraws * 55 / 100);
-}
-
-TEST_F(Random, DefaultDistributionIsUniform) {
-    std::array<int, 10> buckets{};
-    constexpr int kDraws = 100000;
-    for (int i = 0; i < kDraws; ++i) {
-        const int value = quill::rand(0, 9, false);
-        ASSERT_GE(value, 0);
-        ASSERT_LE(value, 9);
-        ++buckets[static_cast<std::size_t>(value)];
-    }
-    // Each bucket expects 10000 with a standard deviation of about 95.
-    for (const int count : buckets) {
-        EXPECT_NEAR(count, kDraws / 10, 600);
-    }
-}
-
-TEST_F(Random, FunctionsDrawThroughTheHook) {
-    struct Case {
-        const char* name;
-        int answer;
-        std::function<int()> call;
-        int expected;
-        std::vector<std::tuple<int, int, bool>> expectedDraws;
-    };
-    const std::vector<Case> cases = {
-        {"rand", 5, [] { return quill::rand(3, 9, true); }, 5, {{3, 9, true}}},
-        {"rand_bool yields 1", 1, [] { return int{quill::rand_bool()}; }, 1, {{1, 2, false}}},
-        {"rand_bool yields 2", 2, [] { return int{quill::rand_bool()}; }, 0, {{1, 2, false}}},
-        {"spread", -3, [] { return quill::uniform_rand_dist(10, 3); }, 7, {{0, 3, true}}},
-        {"spread wraps",
-         1,
-         [] { return quill::uniform_rand_dist(2147483647, 1); },
-         -2147483647 - 1,
-         {{0, 1, true}}},
-        {"percent 100", 100, [] { return int{quill::isPercentSample(100)}; }, 1, {{1, 100, false}}},
-        {"percent 1 of 1", 1, [] { return int{quill::isPercentSample(1)}; }, 1, {{1, 100, false}}},
-        {"percent 99 of 100",
-         100,
-         [] { return int{quill::isPercentSample(99)}; },
-         0,
-         {{1, 100, false}}},
-        {"percent 0", 1, [] { return int{quill::isPercentSample(0)}; }, 0, {}},
-        {"percent 101", 1, [] { return int{quill::isPercentSample(101)}; }, 0, {}},
-        {"percent -3", 1, [] { return int{quill::isPercentSample(-3)}; }, 0, {}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.name);
+TEST(Random, FunctionsDrawThroughTheHook) {
+    using Draws = std::vector<std::tuple<int, int, bool>>;
+    Draws draws;
+    const auto percent = [](int p) { return [p] { return int{quill::isPercentSample(p)}; }; };
+    const auto randBool = [] { return int{quill::rand_bool()}; };
+    // The hook's answer, the call, its expected result and the draws it makes.
+    const std::tuple<int, std::function<int()>, int, Draws> cases[] = {
+        {5, [] { return quill::rand(3, 9, true); }, 5, {{3, 9, true}}},
+        {1, randBool, 1, {{1, 2, false}}},
+        {2, randBool, 0, {{1, 2, false}}},
+        {-3, [] { return quill::uniform_rand_dist(10, 3); }, 7, {{0, 3, true}}},
+        {1, [] { return quill::uniform_rand_dist(INT_MAX, 1); }, INT_MIN, {{0, 1, true}}},
+        {100, percent(100), 1, {{1, 100, false}}},
+        {1, percent(1), 1, {{1, 100, false}}},
+        {100, percent(99), 0, {{1, 100, false}}},
+        {1, percent(0), 0, {}},
+        {1, percent(101), 0, {}},
+        {1, percent(-3), 0, {}},
+        // The sign is a second draw through the hook, 2 meaning negative.
+        {2,
+         [] { return quill::Generator().getRandomNumber(5, 6, true) / 5; },
+         -1,
+         {{1, 2, false}}}};
+    for (const auto& [answer, call, expected, expectedDraws] : cases) {
         draws.clear();
-        installRecorder(c.answer);
-        EXPECT_EQ(c.call(), c.expected);
-        EXPECT_EQ(draws, c.expectedDraws);
+        g_randFunc = [&draws, answer = answer](int low, int high, bool sign) {
+            return draws.emplace_back(low, high, sign), answer;
+        };
+        EXPECT_EQ(std::tuple(call(), draws), std::tuple(expected, expectedDraws)) << expected;
     }
-}
-
-TEST_F(Random, SignIsASecondDrawThroughTheHook) {
-    quill::Generator generator;
-    installRecorder(2);
-    const int value = generator.getRandomNumber(5, 6, true);
-    EXPECT_TRUE(value == -5 || value == -6) << value;
-    EXPECT_EQ(draws, (std::vector<std::tuple<int, int, bool>>{{1, 2, false}}));
-}
-
-TEST_F(Random, SpreadStaysWithinBounds) {
-    EXPECT_EQ(quill::uniform_rand_dist(10, 0), 10);
-    for (int i = 0; i < 2000; ++i) {
-        const int value = quill::uniform_rand_dist(10, 3);
-        ASSERT_GE(value, 7);
-        ASSERT_LE(value, 13);
-    }
-}
-
-TEST_F(Random, EmptyHookThrows) {
     g_randFunc = nullptr;
     EXPECT_THROW(quill::rand(1, 2, false), std::bad_function_call);
-    EXPECT_THROW(quill::rand_bool(), std::bad_function_call);
+    g_randFunc = &quill::defaultRand;
+}
+
+TEST(Random, DefaultDrawsAreUniformInRangeWithFairSigns) {
+    EXPECT_EQ(quill::rand(7, 7, true), 7) << "equal bounds never draw a sign";
+    EXPECT_EQ(quill::uniform_rand_dist(10, 0), 10);
+    std::array<int, 10> buckets{};
+    int negatives = 0;
+    for (int i = 0; i < 100000; ++i) {
+        const int value = quill::rand(1, 10, true), spread = quill::uniform_rand_dist(10, 3);
+        ASSERT_TRUE(value != 0 && value >= -10 && value <= 10 && spread >= 7 && spread <= 13);
+        negatives += value < 0 ? 1 : 0;
+        ++buckets[static_cast<std::size_t>(std::abs(value) - 1)];
+    }
+    // Binomial(100000, 1/2) and (100000, 1/10): both margins exceed 12 standard deviations.
+    EXPECT_NEAR(negatives, 50000, 2000);
+    for (const int count : buckets) EXPECT_NEAR(count, 10000, 1200);
 }
 
 }  // namespace

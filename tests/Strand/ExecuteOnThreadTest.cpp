@@ -1,77 +1,52 @@
+// Running functions on other threads, and the stack traces taken that way.
 #include "Strand/ExecuteOnThread.h"
+#include "Strand/StackTrace.h"
+#include "TestSupport.h"
 
-#include <gtest/gtest.h>
+// Recurses depth frames deep, then runs atBottom.
+STRAND_TEST_TRACEABLE void recurseThen(int depth, const std::function<void()>& atBottom) {
+    depth > 0 ? recurseThen(depth - 1, atBottom) : atBottom();
+    asm volatile("" ::: "memory");  // keeps the call out of tail position
+}
 
-#include <atomic>
-#include <chrono>
-#include <climits>
-#include <csignal>
-#include <future>
-#include <stdexcept>
-#include <thread>
-
-#include "ParkedThread.h"
-#include "Strand/Platform.h"
+// The caller's own frame, which must never show in another thread's trace.
+STRAND_TEST_TRACEABLE std::string traceFromTheCaller(const Strand::ThreadId& thread) {
+    return Strand::getStackTrace({}, thread);
+}
 
 namespace {
 
 using std::chrono::milliseconds;
+using Strand::executeOnThread;
 using Clock = std::chrono::steady_clock;
 
-Strand::ThreadId endedThread() {
-    Strand::ThreadId id;
-    std::thread([&id] { id = Strand::getThreadId(); }).join();
-    return id;
-}
-
-TEST(ExecuteOnThread, CallingThreadRunsInlineAndLetsExceptionsThrough) {
-    const Strand::ThreadId self = Strand::getThreadId();
+// Runs a function that records its thread and then runs also; returns where it
+// ran (empty if it did not) and how long the call took. Not for calls that time out.
+std::pair<Strand::ThreadId, Clock::duration> timedCall(
+    const Strand::ThreadId& thread, const std::function<void()>& also = [] {}) {
     Strand::ThreadId ranOn{};
-    Strand::executeOnThread(self, [&ranOn] { ranOn = Strand::getThreadId(); });
-    EXPECT_EQ(ranOn, self);
-
-    EXPECT_THROW(Strand::executeOnThread(self, [] { throw std::logic_error("mine"); }),
-                 std::logic_error);
-    EXPECT_THROW(Strand::executeOnThread(self, {}), std::bad_function_call);
+    const auto start = Clock::now();
+    executeOnThread(thread, [&] { (ranOn = Strand::getThreadId(), also()); });
+    return {ranOn, Clock::now() - start};
 }
 
-TEST(ExecuteOnThread, RunsOnTheTargetAndWaitsForIt) {
-    ParkedThread target;
-    struct Case {
-        const char* label;
-        std::function<void(Strand::ThreadId&)> body;
-    };
-    const Case cases[] = {
-        {"records its thread", [](Strand::ThreadId& ranOn) { ranOn = Strand::getThreadId(); }},
-        {"throws after recording",
-         [](Strand::ThreadId& ranOn) {
-             ranOn = Strand::getThreadId();
-             throw std::runtime_error("dropped on the target");
-         }},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.label);
-        Strand::ThreadId ranOn{};
-        Strand::executeOnThread(target.id(), [&] { c.body(ranOn); });
-        EXPECT_EQ(ranOn, target.id());
-    }
-    EXPECT_NO_THROW(Strand::executeOnThread(target.id(), {}));
-}
-
-TEST(ExecuteOnThread, UnreachableThreadsReturnAtOnce) {
-    const Strand::ThreadId cases[] = {
-        endedThread(),
-        {pthread_t{}, 0, 0},
-        {pthread_t{}, -1, UINT_MAX},
-        {pthread_self(), INT_MAX, 7},
-    };
-    for (const Strand::ThreadId& id : cases) {
-        SCOPED_TRACE(std::get<1>(id));
-        bool ran = false;
-        const auto start = Clock::now();
-        Strand::executeOnThread(id, [&ran] { ran = true; });
-        EXPECT_LT(Clock::now() - start, milliseconds(90)) << "no wait for a signal never sent";
-        EXPECT_FALSE(ran);
+TEST(ExecuteOnThread, RunsOnTheTargetOrReturnsAtOnce) {
+    const Strand::ThreadId self = Strand::getThreadId();
+    EXPECT_EQ(timedCall(self).first, self);
+    EXPECT_THROW(timedCall(self, [] { throw std::logic_error("mine"); }), std::logic_error);
+    EXPECT_THROW(executeOnThread(self, {}), std::bad_function_call);
+    const ParkedThread target;
+    EXPECT_EQ(timedCall(target.id()).first, target.id());
+    EXPECT_EQ(timedCall(target.id(), [] { throw std::runtime_error("dropped"); }).first,
+              target.id());
+    EXPECT_NO_THROW(executeOnThread(target.id(), {}));
+    const Strand::ThreadId ended = onNewThread([] { return Strand::getThreadId(); });
+    for (const Strand::ThreadId& id :
+         {ended, Strand::ThreadId{}, {pthread_t{}, -1, UINT_MAX}, {pthread_self(), INT_MAX, 7}}) {
+        const auto [ranOn, took] = timedCall(id);
+        EXPECT_EQ(ranOn, Strand::ThreadId{});
+        EXPECT_LT(took, milliseconds(90)) << "no wait for a signal never sent";
+        EXPECT_EQ(Strand::getStackTrace({}, id), "");
     }
 }
 
@@ -80,9 +55,8 @@ TEST(ExecuteOnThread, BlockedTargetIsGivenUpAndNeverRunsLate) {
     target.run([] { Strand::platform::blockCrossThreadSignal(); });
     std::atomic<bool> ran{false};
     const auto start = Clock::now();
-    Strand::executeOnThread(target.id(), [&ran] { ran = true; });
+    executeOnThread(target.id(), [&ran] { ran = true; });
     EXPECT_GE(Clock::now() - start, milliseconds(100));
-
     bool pending = false;
     target.run([&pending] {
         sigset_t set;
@@ -90,11 +64,8 @@ TEST(ExecuteOnThread, BlockedTargetIsGivenUpAndNeverRunsLate) {
         pending = sigismember(&set, SIGUSR1) == 1;
         Strand::platform::unblockCrossThreadSignal();  // the late handler runs here
     });
-    EXPECT_TRUE(pending);
-    EXPECT_FALSE(ran);
-
-    Strand::executeOnThread(target.id(), [&ran] { ran = true; });
-    EXPECT_TRUE(ran) << "the target still takes calls";
+    EXPECT_TRUE(pending && !ran);
+    EXPECT_EQ(timedCall(target.id()).first, target.id()) << "the target still takes calls";
 }
 
 TEST(ExecuteOnThread, SlowFunctionOutlivesTheWaitAndCompletes) {
@@ -102,62 +73,57 @@ TEST(ExecuteOnThread, SlowFunctionOutlivesTheWaitAndCompletes) {
     std::promise<void> completed;
     std::future<void> completion = completed.get_future();
     const auto start = Clock::now();
-    Strand::executeOnThread(target.id(), [&completed] {
+    executeOnThread(target.id(), [&completed] {  // runs on after the call has returned
         std::this_thread::sleep_for(std::chrono::seconds(6));
         completed.set_value();
     });
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(4));
-    EXPECT_EQ(completion.wait_for(milliseconds(0)), std::future_status::timeout)
-        << "returned before the function ended";
+    EXPECT_EQ(completion.wait_for(milliseconds(0)), std::future_status::timeout);
     completion.wait();
-
-    bool ran = false;
-    Strand::executeOnThread(target.id(), [&ran] { ran = true; });
-    EXPECT_TRUE(ran);
+    EXPECT_EQ(timedCall(target.id()).first, target.id());
 }
 
 TEST(ExecuteOnThread, StraySignalsHaveNoEffect) {
     ParkedThread target;
-    Strand::executeOnThread(Strand::getThreadId(), [] {});  // installs the handler
+    executeOnThread(Strand::getThreadId(), [] {});  // installs the handler
     EXPECT_EQ(Strand::platform::sendCrossThreadSignal(target.id()), 0);
     EXPECT_EQ(Strand::platform::sendCrossThreadSignal(Strand::getThreadId()), 0);
     target.run([] {});  // the target has been back in user space: its handler has run
-
-    bool ran = false;
-    Strand::executeOnThread(target.id(), [&ran] { ran = true; });
-    EXPECT_TRUE(ran);
+    EXPECT_EQ(timedCall(target.id()).first, target.id());
 }
 
 TEST(ExecuteOnThread, ConcurrentCallersAreServedOneAfterTheOther) {
-    constexpr int kCalls = 50;
-    ParkedThread targets[2];
-    std::atomic<int> inFlight{0};
-    std::atomic<bool> overlapped{false};
-    int runs[2] = {0, 0};
-    bool misplaced[2] = {false, false};
-
-    const auto caller = [&](int which) {
-        for (int i = 0; i < kCalls; ++i) {
-            Strand::executeOnThread(targets[which].id(), [&, which] {
-                overlapped = overlapped || inFlight.fetch_add(1) != 0;
-                misplaced[which] = misplaced[which] || Strand::getThreadId() != targets[which].id();
-                ++runs[which];
+    const ParkedThread targets[2];
+    std::atomic<int> inFlight{0}, overlaps{0}, misplaced{0}, runs{0};
+    onThreadsAtOnce(2, [&](int which) {
+        for (int i = 0; i < 50; ++i) {
+            executeOnThread(targets[which].id(), [&, which] {
+                overlaps += inFlight.fetch_add(1) != 0 ? 1 : 0;
+                misplaced += Strand::getThreadId() != targets[which].id() ? 1 : 0;
+                ++runs;
                 std::this_thread::yield();
-                inFlight.fetch_sub(1);
+                --inFlight;
             });
         }
-    };
-    std::thread first(caller, 0);
-    std::thread second(caller, 1);
-    first.join();
-    second.join();
+    });
+    EXPECT_EQ(std::tuple(overlaps.load(), misplaced.load(), runs.load()), std::tuple(0, 0, 100));
+}
 
-    EXPECT_FALSE(overlapped);
-    for (int which : {0, 1}) {
-        SCOPED_TRACE(which);
-        EXPECT_EQ(runs[which], kCalls);
-        EXPECT_FALSE(misplaced[which]);
+TEST(StackTrace, TracesShowTheTargetsFramesCutAt100) {
+    std::string own, other;
+    recurseThen(150, [&own] { own = traceFromTheCaller(Strand::getThreadId()); });
+    ParkedThread target;  // traced while it waits for a thread that traces it
+    target.run([&] {
+        recurseThen(150,
+                    [&] { std::thread([&] { other = traceFromTheCaller(target.id()); }).join(); });
+    });
+    for (const std::string& trace : {own, other}) {  // 100 lines, none empty, all ended
+        EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 100) << trace;
+        EXPECT_TRUE(trace.ends_with('\n') && ('\n' + trace).find("\n\n") == std::string::npos);
+        EXPECT_NE(trace.find("recurseThen"), std::string::npos) << trace;
     }
+    EXPECT_NE(own.find("traceFromTheCaller"), std::string::npos) << own;
+    EXPECT_EQ(other.find("traceFromTheCaller"), std::string::npos) << other;
 }
 
 }  // namespace

@@ -1,0 +1,210 @@
+// Thread context: context stores, external input hints and source locations,
+// alone and handed between threads.
+#include <iomanip>
+
+#include "RandomUtils/RandomUtils.h"
+#include "TestSupport.h"
+
+std::size_t allocationsOnThisThread();  // through operator new, so far
+
+namespace {
+
+using quill::external_input::context_store;
+using quill::external_input::hint;
+using quill::source::location;
+
+// The counter part of a generated hint id: its last three digits.
+int counterPart(const std::string& id) { return std::stoi(id.substr(id.size() - 3)); }
+// Whether ref was never set (as opposed to set and expired).
+bool isEmptyRef(const std::weak_ptr<context_store>& ref) {
+    return !ref.owner_before(std::weak_ptr<context_store>()) &&
+           !std::weak_ptr<context_store>().owner_before(ref);
+}
+
+TEST(ContextStore, KeepsTheFirstHundredRecordsAndFollowsItsOwner) {
+    onNewThread([] {
+        EXPECT_TRUE(isEmptyRef(context_store::getStore())) << "a fresh thread has no store";
+        auto store = context_store::getOrCreateStore();
+        EXPECT_EQ(context_store::getOrCreateStore(), store);
+        EXPECT_TRUE(store->getEntries().empty());
+        long previous = context_store::toEpochMilliseconds(std::chrono::system_clock::now());
+        for (int i = 0; i < 101; ++i) {
+            i % 2 == 0 ? store->addHeader(std::to_string(i)) : store->addEntry(std::to_string(i));
+        }
+        const auto entries = store->getEntries();
+        ASSERT_EQ(entries.size(), 100u) << "the 101st record is dropped";
+        for (std::size_t i = 0; i < 100; ++i) {
+            const auto& [isHeader, timestamp, text] = entries[i];
+            EXPECT_EQ(std::tie(isHeader, text), std::tuple(i % 2 == 0, std::to_string(i)));
+            EXPECT_GE(timestamp, std::exchange(previous, timestamp));
+        }
+        EXPECT_LE(previous, context_store::toEpochMilliseconds(std::chrono::system_clock::now()));
+        store.reset();
+        EXPECT_TRUE(context_store::getStore().expired() && !isEmptyRef(context_store::getStore()));
+        EXPECT_TRUE(context_store::getOrCreateStore()->getEntries().empty()) << "a new store";
+    });
+    const std::chrono::system_clock::time_point time{std::chrono::microseconds(1700000000123456)};
+    EXPECT_EQ(context_store::toEpochMilliseconds(time), 1700000000123);
+}
+
+TEST(ContextStore, ReadersSeeOnlyFilledSlotsWhileWritersAdd) {
+    auto store = std::make_shared<context_store>();
+    std::atomic<int> writersLeft{4};
+    // Each writer's records appear in its own order, in every snapshot.
+    auto check = [](const std::vector<context_store::entry>& entries) {
+        std::vector<int> last(4, -1);
+        for (const auto& [isHeader, time, text] : entries) {
+            const int value = std::stoi(text);
+            EXPECT_GT(value % 1000, std::exchange(last[value / 1000], value % 1000));
+        }
+        EXPECT_LE(entries.size(), 100u);
+    };
+    onThreadsAtOnce(6, [&](int t) {  // 4 writers x 40 adds race for 100 slots, 2 readers
+        while (t >= 4 && writersLeft > 0) check(store->getEntries());
+        for (int i = 0; t < 4 && i < 40; ++i) store->addEntry(std::to_string(t * 1000 + i));
+        writersLeft -= t < 4 ? 1 : 0;
+    });
+    std::set<std::string> distinct;
+    for (const auto& entry : store->getEntries()) distinct.insert(std::get<2>(entry));
+    check(store->getEntries());
+    EXPECT_EQ(distinct.size(), 100u);
+}
+
+TEST(ExternalInputHint, IdsScopesNamesAndCopies) {
+    std::vector<std::tuple<int, int, bool>> draws;
+    quill::overrideable::g_randFunc = [&](int low, int high, bool sign) {
+        return draws.emplace_back(low, high, sign), 42;
+    };
+    onNewThread([] {
+        EXPECT_EQ(hint::getExternalInputHint(), nullptr) << "a fresh thread has no hint";
+        const auto scope = hint::createExternalInputHint("click");
+        const std::string firstId = hint::getExternalInputHintId();
+        EXPECT_EQ(hint::getExternalInputHintName() + firstId.substr(0, 7), "clickhint042");
+        {
+            const auto inner = hint::createExternalInputHint("tap");
+            const int step = counterPart(hint::getExternalInputHintId()) - counterPart(firstId);
+            EXPECT_EQ((step + 1000) % 1000, 1);
+        }
+        EXPECT_EQ(hint::getExternalInputHint(), nullptr) << "the inner scope cleared it";
+        hint("hint000007", "").setAsExternalInputHint();
+        EXPECT_EQ(hint::getExternalInputHintId(), "") << "an id without a name counts for nothing";
+        hint("hint000001", "tap").setAsExternalInputHint();
+        const auto first = hint::getExternalInputHint();
+        EXPECT_NE(first, hint::getExternalInputHint()) << "every call makes a new object";
+        hint::clearExternalInputHint();
+        std::ostringstream os;
+        os << hint() << "|" << *first;
+        EXPECT_EQ(os.str(), " |tap hint000001") << "handed-out hints do not follow the thread";
+    });
+    quill::overrideable::g_randFunc = &quill::defaultRand;
+    EXPECT_EQ(draws, decltype(draws)(2, {0, 999, false}));
+    const std::pair<int, const char*> ids[] = {
+        {0, "hint000000"},           {42017, "hint042017"}, {999999, "hint999999"},
+        {1234567, "hint1234567"},    {-5, "hint0000-5"},    {-12345, "hint-12345"},
+        {INT_MIN, "hint-2147483648"}};
+    for (const auto& [id, text] : ids) EXPECT_EQ(hint::formatHintIdString(id), text);
+}
+
+TEST(ExternalInputHint, ConcurrentCreationsCountEveryHint) {
+    std::mutex mutex;
+    std::set<int> counters;
+    onThreadsAtOnce(4, [&](int) {
+        for (int i = 0; i < 50; ++i) {
+            const auto scope = hint::createExternalInputHint("click");
+            const std::lock_guard<std::mutex> lock(mutex);
+            counters.insert(counterPart(hint::getExternalInputHintId()));
+        }
+    });
+    int gaps = 0;  // 200 consecutive counts modulo 1000: no repeats and exactly one gap
+    for (const int value : counters) gaps += counters.count((value + 1) % 1000) == 0 ? 1 : 0;
+    EXPECT_EQ(std::pair(counters.size(), gaps), std::pair(std::size_t{200}, 1));
+}
+
+TEST(SourceLocation, TextIsFileNameLineFunctionAndHint) {
+    const auto click = std::make_shared<hint>("hint042017", "click");
+    const std::pair<location, const char*> cases[] = {
+        {{"/home/build/src/net/Client.cpp", "connect", nullptr, {}, 120}, "Client.cpp:120:connect"},
+        {{"/src/Client.cpp", "connect", click, {}, 120},
+         "Client.cpp:120:connect externalInputHint=click hint042017"},
+        {{nullptr, "connect", nullptr, {}, 120}, ":120:connect"},
+        {{"src/", "f", nullptr, {}, 7}, ":7:f"},
+        {{"main.cpp", "f", nullptr, {}, 7}, "main.cpp:7:f"},
+        {{"d:\\src\\a.cpp", "f", nullptr, {}, 7}, "a.cpp:7:f"},
+        {{"a.cpp", "f", std::make_shared<hint>("hint042017", ""), {}, 7}, "a.cpp:7:f"},
+        {{"a.cpp", nullptr, nullptr, {}, 7}, "a.cpp:7:"},
+        {location::current("a.cpp", -1, "f"), "a.cpp:4294967295:f"}};
+    for (const auto& [loc, text] : cases) {
+        std::ostringstream os;
+        os << loc << "|" << loc.to_string();
+        EXPECT_EQ(os.str(), text + ("|" + std::string(text)));
+    }
+    std::ostringstream hex;
+    hex << std::hex << location{"a.cpp", "f", nullptr, {}, 255};
+    EXPECT_EQ(hex.str(), "a.cpp:ff:f") << "the stream's number format applies";
+}
+
+TEST(SourceLocation, CurrentCapturesTheThreadsContextAllocatingOnlyForAHint) {
+    enum Store { none, live, expired };
+    for (const int both : {0, 1, 2, 3, 4, 5}) {
+        const bool withHint = both >= 3;
+        const Store kind = static_cast<Store>(both % 3);
+        SCOPED_TRACE(testing::Message() << withHint << kind);
+        onNewThread([&] {
+            auto store = kind == none ? nullptr : context_store::getOrCreateStore();
+            store = kind == expired ? nullptr : store;
+            if (withHint) hint("hint000001", "tap").setAsExternalInputHint();
+            const std::size_t before = allocationsOnThisThread();
+            const location loc = location::current("/x/y.cpp", 9, "run");
+            const location again = location::current("/x/y.cpp", 9, "run");
+            EXPECT_EQ(allocationsOnThisThread() - before, withHint ? 2u : 0u)
+                << "without a hint nothing, with one the one shared copy of it";
+            hint::clearExternalInputHint();
+            EXPECT_EQ(loc.to_string(),
+                      withHint ? "y.cpp:9:run externalInputHint=tap hint000001" : "y.cpp:9:run")
+                << "the record keeps what it captured";
+            EXPECT_EQ(loc.contextStore.lock(), kind == live ? store : nullptr);
+            EXPECT_TRUE(withHint || kind == live || isEmptyRef(loc.contextStore))
+                << "no expired copy";
+        });
+    }
+}
+
+// Work handed between threads through locations: the traced road end to end.
+TEST(ContextHandover, WorkersSeeTheHandedOverContextAndGetTheirOwnBack) {
+    // For each of 3 inputs, 30 tasks: (location, its hint id, the store's owner).
+    std::vector<std::tuple<location, std::string, std::shared_ptr<context_store>>> tasks(90);
+    onThreadsAtOnce(3, [&tasks](int input) {
+        const auto scope = hint::createExternalInputHint("click" + std::to_string(input));
+        const auto store = context_store::getOrCreateStore();
+        store->addHeader("input");
+        for (std::size_t t = 0; t < 30; ++t) {
+            tasks[static_cast<std::size_t>(input) * 30 + t] = {
+                location::current(__FILE__, __LINE__, __func__), hint::getExternalInputHintId(),
+                store};
+        }
+    });
+    std::atomic<std::size_t> next{0};
+    onThreadsAtOnce(3, [&tasks, &next](int worker) {
+        const std::string ownId = "hint90000" + std::to_string(worker);
+        const quill::external_input::scoped_hint own(ownId, "worker");
+        for (std::size_t i = next++; i < tasks.size(); i = next++) {
+            const auto& [handedOver, id, owner] = tasks[i];
+            {
+                const Strand::ScopedThreadName scope("worker", handedOver);
+                EXPECT_EQ(hint::getExternalInputHintId(), id);
+                const auto store = context_store::getStore().lock();
+                ASSERT_EQ(store, owner);
+                store->addEntry(location::current(__FILE__, __LINE__, __func__).to_string());
+            }
+            EXPECT_EQ(hint::getExternalInputHintId(), ownId);
+        }
+    });
+    for (std::size_t input = 0; input < 3; ++input) {
+        const auto entries = std::get<2>(tasks[input * 30])->getEntries();
+        ASSERT_EQ(entries.size(), 31u);
+        const std::string hintText = " externalInputHint=click" + std::to_string(input) + " hint";
+        EXPECT_NE(std::get<2>(entries.back()).find(hintText), std::string::npos);
+    }
+}
+
+}  // namespace

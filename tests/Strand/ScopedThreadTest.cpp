@@ -1,0 +1,201 @@
+// Scoped threads: the listener registry and the scoped thread name.
+#include "Strand/ScopedThreadNotifications.h"
+#include "TestSupport.h"
+
+namespace {
+
+using quill::external_input::context_store;
+using quill::external_input::hint;
+using quill::source::location;
+using Strand::ScopedThreadName;
+using Strand::ScopedThreadNotifications;
+
+// A listener that runs the given actions.
+struct Listener : Strand::IScopedThreadCallback {
+    explicit Listener(std::function<void()> start, std::function<void()> end = nullptr)
+        : started(std::move(start)), ended(std::move(end)) {}
+    void onStarted() override { started(); }
+    void onEnded() override { ended ? ended() : void(); }
+    std::function<void()> started, ended;
+};
+
+// Appends "<tag>+ " and "<tag>- " to log (notified from one thread at a time).
+std::shared_ptr<Listener> recorder(std::string& log, const std::string& tag) {
+    return std::make_shared<Listener>([&log, tag] { log += tag + "+ "; },
+                                      [&log, tag] { log += tag + "- "; });
+}
+
+TEST(ScopedThreadNotifications, RegistrationRules) {
+    // +x registers x, -x unregisters it, ~x lets it die, 0 is null; off / on
+    // disable / enable. Then one started and one ended round.
+    const std::pair<const char*, const char*> cases[] = {
+        {"+0 +a -0", "a+ a- "},    {"+a +b +a -a", "b+ a+ b- a- "},
+        {"+a +b -a -a", "b+ b- "}, {"+d +a ~d", "a+ a- "},
+        {"+a off +b", ""},         {"+a off on +b", "b+ b- "}};
+    for (const auto& [steps, expected] : cases) {
+        std::string log;
+        std::map<char, std::shared_ptr<Listener>> listeners;
+        for (const char tag : {'a', 'b', 'd'}) listeners[tag] = recorder(log, std::string(1, tag));
+        ScopedThreadNotifications registry;
+        std::istringstream in(steps);
+        for (std::string step; in >> step;) {
+            auto& listener = listeners[step[1]];
+            if (step == "off" || step == "on") {
+                step == "off" ? registry.deinit() : registry.init();
+            } else if (step[0] == '~') {
+                listener.reset();
+            } else {
+                step[0] == '+' ? registry.registerCallback(listener)
+                               : registry.unRegisterCallback(listener);
+            }
+        }
+        registry.fireOnStarted();
+        registry.fireOnEnded();
+        EXPECT_EQ(log, expected) << steps;
+    }
+}
+
+TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
+    std::string log;
+    ScopedThreadNotifications registry, second;
+    const auto late = recorder(log, "late");
+    std::shared_ptr<Listener> self = std::make_shared<Listener>([&] {
+        registry.unRegisterCallback(self);  // no lock is held here
+        registry.registerCallback(late);
+        registry.fireOnEnded();
+    });
+    registry.registerCallback(self);
+    registry.fireOnStarted();
+    EXPECT_EQ(std::exchange(log, {}), "late- ") << "changes count from the next round on";
+    registry.fireOnStarted();
+    EXPECT_EQ(std::exchange(log, {}), "late+ ") << "the listener left after one round";
+    const auto thrower = std::make_shared<Listener>([] { throw std::runtime_error(""); });
+    second.registerCallback(thrower);
+    second.registerCallback(late);
+    EXPECT_THROW(second.fireOnStarted(), std::runtime_error);
+    EXPECT_EQ(log, "") << "a throwing listener ends the round";
+}
+
+TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
+    ScopedThreadNotifications registry;
+    std::atomic<int> started{0};
+    const auto steady = std::make_shared<Listener>([&] { started.fetch_add(1); });
+    registry.registerCallback(steady);
+    onThreadsAtOnce(4, [&](int) {
+        for (int i = 0; i < 200; ++i) {
+            const auto transient = std::make_shared<Listener>([] {});
+            registry.registerCallback(transient);
+            registry.fireOnStarted();
+            registry.unRegisterCallback(transient);
+        }
+    });
+    EXPECT_EQ(started.load(), 4 * 200) << "the steady listener saw every round once";
+}
+
+// Registered and fired during static initialisation, before main() runs: the
+// registry needs no init call and no particular order of initialisers.
+const std::string gEarlyLog = [] {
+    std::string log;
+    const auto listener = recorder(log, "early");
+    ScopedThreadName::registerCallback(listener);
+    std::make_unique<ScopedThreadName>("static-init", true).reset();
+    ScopedThreadName::unRegisterCallback(listener);
+    return log;
+}();
+
+// Records the global registry's notifications for the length of a test.
+class ScopedThreadNameTest : public ::testing::Test {
+protected:
+    void SetUp() override { ScopedThreadName::registerCallback(recorder_); }
+    void TearDown() override { ScopedThreadName::unRegisterCallback(recorder_); }
+    std::string log;
+    std::shared_ptr<Listener> recorder_ = recorder(log, "L");
+};
+
+struct Net {};
+
+TEST_F(ScopedThreadNameTest, NamesTheThreadAndCarriesTheLocationsContext) {
+    EXPECT_EQ(gEarlyLog, "early+ early- ");
+    const auto store = std::make_shared<context_store>();
+    const auto at = [&](const char* hintName, const char* hintId = "hint123456") {
+        return location{"/src/net/Client.cpp", "connect", std::make_shared<hint>(hintId, hintName),
+                        store, 120};
+    };
+    using Make = std::function<std::unique_ptr<ScopedThreadName>()>;
+    const auto scopeOf = [](auto... args) -> Make {
+        return [=] { return std::make_unique<ScopedThreadName>(args...); };
+    };
+    const std::string net = std::string("Client.cpp:120:<") + typeid(Net).name() + ">connect";
+    // The scope, whether the thread has its own hint (tap, hint000001), then what
+    // the thread shows: "name during|name after|hint during|hint after|store|events".
+    const std::tuple<Make, bool, std::string> cases[] = {
+        {scopeOf(std::string("worker"), true), false, "worker|old|||-|L+ L- "},
+        {scopeOf(std::string(64, 'n'), true), true, std::string(63, 'n') + "|old|tap||-|L+ L- "},
+        {scopeOf(at("click")), false, "Client.cpp:120:connect|old|click||S|L+ L- "},
+        {scopeOf(at("click")), true, "Client.cpp:120:connect|old|click|tap|S|L+ L- "},
+        {scopeOf(at("click", "hint000001")), true, "Client.cpp:120:connect|old|tap|tap|S|L+ L- "},
+        {scopeOf(std::string("Net"), at("click")), false,
+         "Net:Client.cpp:120:connect|old|click||S|L+ L- "},
+        {scopeOf(std::string(), at("")), false, "Client.cpp:120:connect|old|||S|L+ L- "},
+        {scopeOf(std::cref(typeid(Net)), at("click")), true, net + "|old|tap||-|L+ L- "},
+        // Without a file the name stays, nobody hears, and the end restores nothing.
+        {scopeOf(location{nullptr, "f", nullptr, {}, 1}), false, "old||||-|"}};
+    for (const auto& [make, ownHint, expected] : cases) {
+        const std::string seen = onNewThread([&, ownHint = ownHint] {
+            Strand::setThreadName("old");
+            if (ownHint) hint("hint000001", "tap").setAsExternalInputHint();
+            auto scope = make();
+            const std::string nameDuring = Strand::getThreadName() + "|";
+            const std::string hintDuring = hint::getExternalInputHintName() + "|";
+            scope.reset();
+            return nameDuring + Strand::getThreadName() + "|" + hintDuring +
+                   hint::getExternalInputHintName() +
+                   (context_store::getStore().lock() == store ? "|S|" : "|-|") + log;
+        });
+        EXPECT_EQ(seen, expected);
+        log.clear();
+    }
+}
+
+TEST_F(ScopedThreadNameTest, OnlyTheOutermostNotifyingScopeNotifies) {
+    onNewThread([&] {
+        Strand::setThreadName("before");
+        {
+            const ScopedThreadName outer("outer", true);
+            {
+                const ScopedThreadName inner("inner", true);
+                const ScopedThreadName quiet("quiet", false);
+            }
+            EXPECT_EQ(Strand::getThreadName() + "|" + std::exchange(log, {}), "outer|L+ ");
+        }
+        EXPECT_EQ(Strand::getThreadName() + "|" + std::exchange(log, {}), "before|L- ");
+        {
+            const ScopedThreadName quiet("quiet", false);
+            const ScopedThreadName inner("inner", true);
+        }
+        EXPECT_EQ(log, "L+ L- ") << "a quiet scope never takes the turn";
+    });
+}
+
+TEST_F(ScopedThreadNameTest, ThrowingListenerIsDroppedByLocationForms) {
+    const auto thrower = std::make_shared<Listener>([] { throw std::runtime_error("start"); });
+    ScopedThreadName::unRegisterCallback(recorder_);
+    ScopedThreadName::registerCallback(thrower);
+    ScopedThreadName::registerCallback(recorder_);
+    onNewThread([&] {
+        hint("hint000001", "tap").setAsExternalInputHint();
+        {
+            const ScopedThreadName scope(
+                {"a.cpp", "f", std::make_shared<hint>("h1", "click"), {}, 1});
+            EXPECT_EQ(hint::getExternalInputHintName(), "tap") << "later steps are skipped";
+        }
+        EXPECT_EQ(hint::getExternalInputHintName(), "") << "no hint was saved";
+        EXPECT_EQ(std::exchange(log, {}), "L- ") << "an end whose start was cut short";
+        EXPECT_THROW(ScopedThreadName("named", true), std::runtime_error);
+        ScopedThreadName::unRegisterCallback(thrower);
+        const ScopedThreadName next("next", true);
+        EXPECT_EQ(log, "L+ ") << "a failed constructor does not keep the turn";
+    });
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+// Helpers shared by the Strand tests.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <condition_variable>
+#include <csignal>
+#include <functional>
+#include <future>
+#include <latch>
+#include <map>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
+#include "Strand/Platform.h"
+#include "Strand/ScopedThreadName.h"
+#include "Strand/ThreadId.h"
+#include "Strand/ThreadName.h"
+
+// Functions whose names tests look for in traces: never inlined, and exported
+// (with the executable's ENABLE_EXPORTS) so that trace lines name them.
+#define STRAND_TEST_TRACEABLE __attribute__((noinline, visibility("default")))
+
+// A thread that runs the tasks handed to it, outside any signal handler, and
+// waits in between. Made with known = false, it never asks for its identity.
+class ParkedThread {
+public:
+    explicit ParkedThread(bool known = true) {
+        run([&] {
+            id_ = known ? Strand::getThreadId() : Strand::ThreadId{{}, Strand::gettid(), 0};
+        });
+    }
+    ~ParkedThread() {
+        run([this] { stopped_ = true; });
+        thread_.join();
+    }
+    Strand::ThreadId id() const { return id_; }
+    void run(std::function<void()> task) {  // returns when task has run
+        std::unique_lock<std::mutex> lock(mutex_);
+        task_ = std::move(task);
+        changed_.notify_all();
+        changed_.wait(lock, [this] { return !task_; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::function<void()> task_;
+    bool stopped_ = false;
+    Strand::ThreadId id_{};
+    std::thread thread_{[this] {
+        std::unique_lock<std::mutex> lock(mutex_);
+        while (!stopped_) {
+            changed_.wait(lock, [this] { return task_ != nullptr; });
+            std::exchange(task_, nullptr)();  // run() sees it gone once the lock is free
+            changed_.notify_all();
+        }
+    }};
+};
+
+// Runs fn on a fresh thread and returns its result, so nothing leaks between cases.
+template <typename Fn>
+auto onNewThread(Fn fn) {
+    std::packaged_task<decltype(fn())()> task(fn);
+    auto result = task.get_future();
+    std::thread(std::move(task)).join();
+    return result.get();
+}
+
+// Runs body(0) .. body(count - 1) on threads released together, and joins them.
+template <typename Fn>
+void onThreadsAtOnce(int count, Fn body) {
+    std::latch start(count);
+    std::vector<std::jthread> threads;
+    for (int t = 0; t < count; ++t) {
+        threads.emplace_back([&, t] {
+            start.arrive_and_wait();
+            body(t);
+        });
+    }
+}

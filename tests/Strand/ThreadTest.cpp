@@ -1,0 +1,102 @@
+// Thread identity and names.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "QuillAssert/QuillAssert.h"
+#include "TestSupport.h"
+
+namespace {
+
+bool isListed(const Strand::ThreadId& id) {
+    const auto ids = Strand::getThreadIds();
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
+
+TEST(ThreadId, EndedThreadsFreeTheirRegistrySlot) {
+    for (int i = 0; i < 3000; ++i) std::thread([] { Strand::getThreadId(); }).join();
+    EXPECT_TRUE(isListed(ParkedThread().id())) << "after more threads than the registry holds";
+    EXPECT_EQ(Strand::getThreadIdHexString({{}, -1, 0}), "0xffffffff");
+    for (const int pid : {getppid(), 1, 0, -1}) EXPECT_TRUE(Strand::getThreadIds(pid).empty());
+}
+
+Strand::ThreadId gIdentityInHandler;
+
+TEST(ThreadId, FirstQueryInsideASignalHandler) {
+    struct sigaction action {};
+    action.sa_handler = [](int) { gIdentityInHandler = Strand::getThreadId(); };
+    struct sigaction previous {};
+    sigaction(SIGUSR2, &action, &previous);
+    const Strand::ThreadId outside = onNewThread([] {
+        raise(SIGUSR2);
+        return isListed(Strand::getThreadId()) ? Strand::getThreadId() : Strand::ThreadId{};
+    });
+    sigaction(SIGUSR2, &previous, nullptr);
+    EXPECT_EQ(gIdentityInHandler, outside);
+}
+
+TEST(ThreadId, ForkedChildSeesItsOwnTriple) {
+    Strand::setThreadName("forking thread with a long name");
+    const Strand::ThreadId parent = Strand::getThreadId();
+    const ParkedThread others[2];  // must not appear in the child
+    const pid_t child = fork();
+    if (child == 0) {
+        const Strand::ThreadId self = Strand::getThreadId();
+        const bool ok = std::get<1>(self) == Strand::gettid() && self != parent &&
+                        Strand::getThreadIds() == std::vector<Strand::ThreadId>{self};
+        _exit(ok && Strand::getThreadName() == "forking thread with a long name" ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    EXPECT_EQ(Strand::getThreadId(), parent);
+}
+
+TEST(ThreadName, NamesAreCutTo63Bytes) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", ""},
+        {std::string(63, 'a'), std::string(63, 'a')},
+        {std::string(64, 'b'), std::string(63, 'b')},
+        {std::string(200, 'c'), std::string(63, 'c')},
+        {std::string(62, 'd') + "\xC3\xA9" + std::string(6, 'e'), std::string(62, 'd') + "\xC3"},
+        {std::string("ab\0cd", 5), "ab"}};
+    for (const auto& [name, expected] : cases) {
+        ParkedThread worker;  // named there, read there and from here
+        std::string readThere;
+        worker.run([&] { readThere = (Strand::setThreadName(name), Strand::getThreadName()); });
+        EXPECT_EQ(readThere + "|" + Strand::getThreadName(worker.id()), expected + "|" + expected);
+    }
+    EXPECT_EQ(Strand::getThreadName(Strand::ThreadId{}), "");
+}
+
+TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
+    const auto previous =
+        Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
+    std::string calls;
+    quill::overrideable::g_quillAssertErrorLogFunc = [&](const auto& text, int line,
+                                                         const auto& file, const auto& fn) {
+        calls += text + "|" + file + "|" + fn + "|" + (line > 0 ? "+" : "0") + ", ";
+    };
+    quill::overrideable::g_quillAssertFunc = [&](const auto& file, int, const auto& fn,
+                                                 const auto& cond, const auto& message) {
+        calls += file + "|" + fn + "|" + cond + "|" + message;
+    };
+    const std::string name(200, 'n'), message = "pthread_setname_np failed :" + name;
+    const auto names = onNewThread([&] {
+        const std::string before = Strand::getThreadName();
+        Strand::setThreadName(name);
+        return std::make_pair(before, Strand::getThreadName());
+    });
+    EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
+    EXPECT_EQ(calls, "Assertion failed: rc == 0 with message: " + message +
+                         "|ThreadName.cpp|setThreadName|+, ThreadName.cpp|setThreadName|rc == 0|" +
+                         message);
+    quill::overrideable::g_quillAssertFunc = [](auto&&...) { throw std::runtime_error("hook"); };
+    EXPECT_THROW(onNewThread([] { Strand::setThreadName("x"); }), std::runtime_error);
+    Strand::platform::exchangeNameSetterForTesting(previous);
+    quill::overrideable::g_quillAssertErrorLogFunc = nullptr;
+    quill::overrideable::g_quillAssertFunc = nullptr;
+}
+
+}  // namespace
