@@ -14,10 +14,25 @@ bool isListed(const Strand::ThreadId& id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
+TEST(ThreadId, CallerTripleListingAndIdTexts) {
+    const Strand::ThreadId self = Strand::getThreadId();
+    EXPECT_TRUE(pthread_equal(std::get<0>(self), pthread_self()));
+    EXPECT_EQ(std::get<1>(self), Strand::gettid());
+    EXPECT_EQ(Strand::getPrimaryThreadId(), std::get<2>(self)) << "the kernel handle, element 3";
+    EXPECT_TRUE(isListed(self));
+    for (const int pid : {getppid(), 1, 0, -1}) EXPECT_TRUE(Strand::getThreadIds(pid).empty());
+    // Ids arrive cut to their low 32 bits: 2^32 + 5 as 5, 2^32 - 1 as -1.
+    const std::tuple<int, const char*, const char*> texts[] = {
+        {5, "5", "0x5"}, {1234, "1234", "0x4d2"}, {-1, "-1", "0xffffffff"}};
+    for (const auto& [id, decimal, hex] : texts) {
+        EXPECT_EQ(Strand::getThreadIdString({{}, id, 0}), decimal);
+        EXPECT_EQ(Strand::getThreadIdHexString({{}, id, 0}), hex);
+    }
+}
+
 TEST(ThreadId, EndedThreadsFreeTheirRegistrySlot) {
     for (int i = 0; i < 3000; ++i) std::thread([] { Strand::getThreadId(); }).join();
     EXPECT_TRUE(isListed(ParkedThread().id())) << "after more threads than the registry holds";
-    EXPECT_EQ(Strand::getThreadIdHexString({{}, -1, 0}), "0xffffffff");
     for (const int pid : {getppid(), 1, 0, -1}) EXPECT_TRUE(Strand::getThreadIds(pid).empty());
 }
 
