@@ -127,8 +127,9 @@ protected:
 };
 
 // clang-format off
-const char* const kSequences[] = {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEF\xBF\xBF",
-    "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "\x80", "\xBF", "\xC0\x80", "\xE0\x9F\xBF", "\xED\xA0\x80",
+const char* const kSequences[] = {
+    "\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xED\x9F\xBF", "\xEF\xBF\xBF", "\xF0\x90\x80\x80",
+    "\xF4\x8F\xBF\xBF", "\x80", "\xBF", "\xC0\x80", "\xE0\x9F\xBF", "\xED\xA0\x80",
     "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF8\x88\x80\x80", "\xFF", "\xC2\x41", "\xE2\x82\x41",
     "\xF0\x9F\x98\x41", "\xC3", "\xE2\x82", "\xF0\x9F\x98"};
 const std::string kPieces[] = {"a", "word ", "\xC3\xA9", "\xDF\xBF", "\xE4\xB8\xAD", "\xEF\xBF\xBF",
@@ -139,8 +140,7 @@ using CodeUnitTypes = testing::Types<char16_t, wchar_t>;
 TYPED_TEST_SUITE(Utf16Differential, CodeUnitTypes);
 
 // Every one- and two-byte text, three- and four-byte ones of every lead and second byte with edge
-// bytes after them, every code unit alone and before a letter, and triples of edge units (those
-// that start with NUL cover the pairs).
+// bytes after them, and triples of edge units (those that start with NUL cover the pairs).
 TYPED_TEST(Utf16Differential, ShortInputs) {
     const char edges[] = "\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC2\xE0\xF0\xFF";  // and its NUL
     for (int first = 0; first < 256; ++first) {
@@ -158,10 +158,6 @@ TYPED_TEST(Utf16Differential, ShortInputs) {
     }
     using Text = std::basic_string<TypeParam>;
     const auto unit = [](long value) { return static_cast<TypeParam>(value); };
-    for (long value = 0; value <= 0xFFFF; ++value) {
-        this->units(Text{unit(value)});
-        this->units(Text{unit(value), u'z'});
-    }
     std::vector<long> edgeUnits = {0,      0x7F,   0x80,   0x7FF,  0x800,  0xD7FF,
                                    0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
     if constexpr (sizeof(TypeParam) == 4)

@@ -2,11 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <cfloat>
 #include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <limits>
 #include <random>
 
 #include "StringUtils/NumberFormatting.h"
@@ -36,15 +36,15 @@ auto inBase(int base) {
 // clang-format off
 // The std::sto* parsers set the out-parameter to zero first and keep a number read before
 // trailing characters. The others keep it on failure; an empty text is zero for toMsTime and
-// toUnsignedLongLong (base 10 by default), and a failure for the bounded ones.
+// toUnsignedLongLong, and a failure for the bounded ones.
 TEST(Numbers, Parsers) {
     check<int>(toInteger, 7, {{"  +42", true, 42}, {"-42 ", false, -42}, {"0x1A", false, 0},
         {"abc", false, 0}, {"2147483648", false, 0}, {"-2147483648", true, INT_MIN},
         {" ", false, 0}});
     check<long>(toLongInteger, 1, {{"9223372036854775807", true, LONG_MAX},
-        {"9223372036854775808", false, 0}, {"", false, 0}});
+        {"9223372036854775808", false, 0}});
     check<long long>(toLongLongInteger, 1, {{"-9223372036854775808", true, LLONG_MIN},
-        {"1e3", false, 1}, {"-", false, 0}});
+        {"1e3", false, 1}});
     check<double>(toDouble, 1.0, {{"3.5x", false, 3.5}, {"1e999", false, 0}, {"1e-999", false, 0},
         {" -0x1p4", true, -16}, {"", false, 0}, {"inf", true, HUGE_VAL}});
     double notANumber = 1.0;
@@ -56,8 +56,6 @@ TEST(Numbers, Parsers) {
     check<unsigned long long>(inBase(10), 9, {{"-1", true, ULLONG_MAX},
         {"18446744073709551616", false, 9}});
     check<unsigned long long>(inBase(0), 9, {{"0x10", true, 16}, {"010", true, 8}});
-    unsigned long long value = 0;
-    EXPECT_TRUE(toUnsignedLongLong("255", value) && value == 255);
     check<unsigned short>(toInteger16, 9, {{"65535", true, 65535}, {"65536", false, 9},
         {"-1", true, 65535}, {"1 ", false, 9}, {"", false, 9}});
     check<unsigned char>(toInteger8, 9, {{"255", true, 255}, {"256", false, 9}, {"-1", true, 255}});
@@ -88,21 +86,19 @@ std::string printfG(float value) {
     return buffer;
 }
 
-// Exact texts at the rounding and notation boundaries, then printf's "%g" as the reference for
-// the special values and any bit pattern, so every exponent gets its turn.
+// Exact texts at the rounding, notation and range boundaries, then printf's "%g" as the reference
+// for any bit pattern, so every exponent gets its turn.
 TEST(Numbers, Formatting) {
     EXPECT_EQ(toQuillString(-5) + toQuillString(0) + toQuillString(INT_MIN), "-50-2147483648");
     EXPECT_EQ(uint64ToQuillString(ULLONG_MAX), "18446744073709551615");
     EXPECT_EQ(fromBool(true) + fromBool(false) + trueValue() + falseValue(), "truefalseTrueFalse");
-    const std::pair<float, const char*> cases[] = {
-        {0.5f, "0.5"},       {100.0f, "100"}, {3.14159265f, "3.14159"}, {1234567.0f, "1.23457e+06"},
-        {0.00001f, "1e-05"}, {-0.0f, "-0"},   {999999.5f, "1e+06"},     {0.0001f, "0.0001"}};
+    // clang-format off
+    const std::pair<float, const char*> cases[] = {{0.5f, "0.5"}, {100.0f, "100"},
+        {3.14159265f, "3.14159"}, {1234567.0f, "1.23457e+06"}, {0.00001f, "1e-05"}, {-0.0f, "-0"},
+        {999999.5f, "1e+06"}, {0.0001f, "0.0001"}, {INFINITY, "inf"}, {-INFINITY, "-inf"},
+        {NAN, "nan"}, {FLT_TRUE_MIN, "1.4013e-45"}, {FLT_MAX, "3.40282e+38"}};
+    // clang-format on
     for (const auto& [value, text] : cases) EXPECT_EQ(floatToQuillString(value), text);
-    using Limits = std::numeric_limits<float>;
-    for (const float value : {Limits::infinity(), -Limits::infinity(), Limits::quiet_NaN(),
-                              Limits::denorm_min(), Limits::max()}) {
-        EXPECT_EQ(floatToQuillString(value), printfG(value));
-    }
     std::mt19937 random(20240607);
     for (int i = 0; i < 20000; ++i) {
         const auto value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
