@@ -1,5 +1,4 @@
-// Test helper: the narrow tables drive the wide overloads too, through an
-// element-by-element widening of their ASCII texts.
+// Test helper: the narrow tables drive the wide overloads too, widening their ASCII texts.
 #pragma once
 
 #include <string>
@@ -10,8 +9,6 @@ inline std::wstring widen(std::string_view text) { return {text.begin(), text.en
 
 inline std::vector<std::wstring> widen(const std::vector<std::string>& texts) {
     std::vector<std::wstring> wide;
-    for (const auto& text : texts) {
-        wide.push_back(widen(text));
-    }
+    for (const auto& text : texts) wide.push_back(widen(text));
     return wide;
 }

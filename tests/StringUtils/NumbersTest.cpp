@@ -1,0 +1,116 @@
+// Number parsing and formatting.
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <random>
+
+#include "StringUtils/NumberFormatting.h"
+#include "StringUtils/NumberParsing.h"
+
+namespace {
+
+using namespace StringUtils;
+
+// Runs parse over rows of a text, whether it succeeds, and the out-parameter after it, each with
+// the out-parameter set to before on entry.
+template <typename T, typename Parse>
+void check(Parse parse, T before, std::initializer_list<std::tuple<std::string, bool, T>> rows) {
+    for (const auto& [text, ok, after] : rows) {
+        T value = before;
+        EXPECT_EQ(parse(text, value), ok) << "'" << text << "'";
+        EXPECT_EQ(value, after) << "'" << text << "'";
+    }
+}
+
+auto inBase(int base) {
+    return [base](const std::string& text, unsigned long long& value) {
+        return toUnsignedLongLong(text, value, base);
+    };
+}
+
+// clang-format off
+// The std::sto* parsers set the out-parameter to zero first and keep a number read before
+// trailing characters. The others keep it on failure; an empty text is zero for toMsTime and
+// toUnsignedLongLong, and a failure for the bounded ones.
+TEST(Numbers, Parsers) {
+    check<int>(toInteger, 7, {{"  +42", true, 42}, {"-42 ", false, -42}, {"0x1A", false, 0},
+        {"abc", false, 0}, {"2147483648", false, 0}, {"-2147483648", true, INT_MIN},
+        {" ", false, 0}});
+    check<long>(toLongInteger, 1, {{"9223372036854775807", true, LONG_MAX},
+        {"9223372036854775808", false, 0}});
+    check<long long>(toLongLongInteger, 1, {{"-9223372036854775808", true, LLONG_MIN},
+        {"1e3", false, 1}});
+    check<double>(toDouble, 1.0, {{"3.5x", false, 3.5}, {"1e999", false, 0}, {"1e-999", false, 0},
+        {" -0x1p4", true, -16}, {"", false, 0}, {"inf", true, HUGE_VAL}});
+    double notANumber = 1.0;
+    EXPECT_TRUE(toDouble("nan", notANumber) && std::isnan(notANumber));
+    check<long>(toMsTime, 9, {{"", true, 0}, {"1500", true, 1500}, {"1500ms", false, 1500},
+        {"abc", false, 9}, {"99999999999999999999", false, 9}});
+    check<unsigned long long>(inBase(16), 9, {{"", true, 0}, {"0xff", true, 255}, {"fg", false, 15},
+        {"g", false, 9}});
+    check<unsigned long long>(inBase(10), 9, {{"-1", true, ULLONG_MAX},
+        {"18446744073709551616", false, 9}});
+    check<unsigned long long>(inBase(0), 9, {{"0x10", true, 16}, {"010", true, 8}});
+    check<unsigned short>(toInteger16, 9, {{"65535", true, 65535}, {"65536", false, 9},
+        {"-1", true, 65535}, {"1 ", false, 9}, {"", false, 9}});
+    check<unsigned char>(toInteger8, 9, {{"255", true, 255}, {"256", false, 9}, {"-1", true, 255}});
+}
+
+// Plain decimal or hexadecimal digits after an optional minus; parsing stops at a later minus.
+TEST(Numbers, FilteredViewParsers) {
+    check<int>(stringViewToInteger, 9, {{"-2147483648", true, INT_MIN}, {"2147483648", false, 9},
+        {"007", true, 7}, {"-0", true, 0}, {"+5", false, 9}, {" 5", false, 9}, {"12-3", true, 12},
+        {"--5", false, 9}, {"-", false, 9}, {"", false, 9}, {"1a", false, 9},
+        {"\xD9\xA1", false, 9}});
+    check<int>(hexStringViewToInteger, 9, {{"fF", true, 255}, {"-1a", true, -26},
+        {"7fffffff", true, INT_MAX}, {"80000000", false, 9}, {"-80000000", true, INT_MIN},
+        {"0x10", false, 9}, {"g", false, 9}});
+    const std::pair<std::string, bool> booleans[] = {{"1", true}, {"0", false}, {"TRUE", true},
+        {"tRuE", true}, {"yes", false}, {"t", false}, {"true1", false}, {" true", false},
+        {"false", false}, {"", false}};
+    for (const auto& [text, value] : booleans) {
+        EXPECT_EQ(toBool(text) + 2 * toBool(text, true) + 4 * toBool(text, false),
+                  value + 2 * (text.empty() || value) + 4 * value) << text;
+    }
+}
+// clang-format on
+
+std::string printfG(float value) {
+    char buffer[64];
+    std::snprintf(buffer, sizeof buffer, "%g", static_cast<double>(value));
+    return buffer;
+}
+
+// Exact texts at the rounding, notation and range boundaries, then printf's "%g" as the reference
+// for any bit pattern, so every exponent gets its turn.
+TEST(Numbers, Formatting) {
+    EXPECT_EQ(toQuillString(-5) + toQuillString(0) + toQuillString(INT_MIN), "-50-2147483648");
+    EXPECT_EQ(uint64ToQuillString(ULLONG_MAX), "18446744073709551615");
+    EXPECT_EQ(fromBool(true) + fromBool(false) + trueValue() + falseValue(), "truefalseTrueFalse");
+    // clang-format off
+    const std::pair<float, const char*> cases[] = {{0.5f, "0.5"}, {100.0f, "100"},
+        {3.14159265f, "3.14159"}, {1234567.0f, "1.23457e+06"}, {0.00001f, "1e-05"}, {-0.0f, "-0"},
+        {999999.5f, "1e+06"}, {0.0001f, "0.0001"}, {INFINITY, "inf"}, {-INFINITY, "-inf"},
+        {NAN, "nan"}, {FLT_TRUE_MIN, "1.4013e-45"}, {FLT_MAX, "3.40282e+38"}};
+    // clang-format on
+    for (const auto& [value, text] : cases) EXPECT_EQ(floatToQuillString(value), text);
+    std::mt19937 random(20240607);
+    for (int i = 0; i < 20000; ++i) {
+        const auto value = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        if (std::isnan(value)) continue;  // printf may show the sign of a NaN
+        ASSERT_EQ(floatToQuillString(value), printfG(value));
+    }
+    EXPECT_EQ(string_format("^\\+?\\d{%d,%d}$", 7u, 21), "^\\+?\\d{7,21}$");
+    EXPECT_EQ(string_format("100%%") + string_format("") + string_format("%05.1f", 3.14159),
+              "100%003.1");
+    EXPECT_EQ(string_format("[%s]", std::string(5000, 'x').c_str()),
+              "[" + std::string(5000, 'x') + "]");
+    EXPECT_EQ(string_format("%c", 0), std::string(1, '\0'));
+}
+
+}  // namespace

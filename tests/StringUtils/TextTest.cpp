@@ -1,0 +1,169 @@
+// Trimming, case mapping, searching and extracting.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <stdexcept>
+
+#include "StringUtils/Case.h"
+#include "StringUtils/Extract.h"
+#include "StringUtils/Search.h"
+#include "StringUtils/Trim.h"
+#include "Widen.h"
+
+using namespace StringUtils;
+
+// trimEx splits off runs of " \t\n\f\r" only; the other forms trim \v too.
+TEST(Text, Trim) {
+    const std::string nul("\0 a", 3), noBreak = "\xC2\xA0x\xC2\xA0";
+    // clang-format off
+    const std::tuple<std::string, TrimmedParts, std::string, std::string> cases[] = {
+        {"", {"", "", ""}, "", ""}, {" \t\n\v\f\r", {" \t\n", "\v", "\f\r"}, "", ""},
+        {"  a b\t", {"  ", "a b", "\t"}, "a b\t", "  a b"},
+        {"abc\v", {"", "abc\v", ""}, "abc\v", "abc"},
+        {noBreak, {"", noBreak, ""}, noBreak, noBreak}, {nul, {"", nul, ""}, nul, nul}};
+    // clang-format on
+    for (const auto& [text, parts, left, right] : cases) {
+        EXPECT_EQ(trimEx(text), parts) << text;
+        EXPECT_EQ(trimLeft(text) + '|' + trimRight(text) + '|' + trim(text),
+                  left + '|' + right + '|' + trimLeft(right));
+    }
+    for (int byte = 0; byte < 256; ++byte) {
+        const bool space = byte == ' ' || (byte >= 9 && byte <= 13);
+        EXPECT_EQ(isSpace(static_cast<char>(byte)), space) << byte;
+        EXPECT_EQ(isSpace(static_cast<wchar_t>(byte)), space || byte == 160) << byte;
+    }
+    EXPECT_TRUE(allCharsSpaces("") && allCharsSpaces(" \t\v") && containsWhiteSpace("a\fb"));
+    EXPECT_FALSE(isSpace(wchar_t{0x2003}) || allCharsSpaces(" x ") || containsWhiteSpace("") ||
+                 containsWhiteSpace("a\xC2\xA0!"));
+}
+
+// Byte-wise and element-wise mappings change ASCII letters only; the locale-aware ones use the
+// user's locale from the environment, or fall back to the element-wise mapping for an unknown one.
+TEST(Text, Case) {
+    EXPECT_EQ(toLower("Hello, World @[`{ \xC3\x89t"), "hello, world @[`{ \xC3\x89t");
+    EXPECT_EQ(toUpper("Hello, World @[`{ \xC3\xA9t"), "HELLO, WORLD @[`{ \xC3\xA9T");
+    const wchar_t lower[] = {0x141, 0x1041, L'q', -1, 0}, upper[] = {0x141, 0x1041, L'Q', -1, 0};
+    EXPECT_EQ(toLower(std::wstring(upper)) + toUpper(std::wstring(lower)),
+              std::wstring(lower) + upper);
+    EXPECT_EQ(toUpper("hello", 0) + toUpper("hello", 4) + toUpper("hello", 5) + toUpper("", 0) +
+                  toUpper("hello", ~0UL),
+              "HellohellOhellohello");
+    const char* const old = std::getenv("LC_ALL");
+    const std::string saved = old ? old : "";
+    setenv("LC_ALL", "C.UTF-8", 1);
+    EXPECT_EQ(toUpperWithLocal(std::string("h\xC3\xA9llo \xC5\x82")), "H\xC3\x89LLO \xC5\x81");
+    EXPECT_EQ(toLowerWithLocal(std::wstring{0x141, L'A', 0xD83D, 0xDE00}),
+              (std::wstring{0x142, L'a', 0xD83D, 0xDE00}));
+    EXPECT_THROW(toUpperWithLocal(std::string("ab\xFF")), std::range_error);
+    setenv("LC_ALL", "xx_NOWHERE.UTF-8", 1);
+    EXPECT_EQ(toUpperWithLocal(std::string("h\xC3\xA9llo")), "H\xC3\xA9LLO");
+    EXPECT_EQ(toLowerWithLocal(std::wstring{0x141, L'A'}), (std::wstring{0x141, L'a'}));
+    old ? setenv("LC_ALL", saved.c_str(), 1) : unsetenv("LC_ALL");
+}
+
+TEST(Text, Search) {
+    // clang-format off
+    const std::tuple<std::string, std::string, bool, bool> affixes[] = {
+        {"", "", true, true}, {"abc", "", true, true}, {"abc", "abc", true, true},
+        {"abc", "ab", true, false}, {"abc", "bc", false, true}, {"ab", "abc", false, false},
+        {"abc", "ABC", false, false}, {"", "a", false, false}};
+    const std::tuple<std::string, std::string, bool, size_t, bool> finds[] = {
+        {"abcabc", "bc", true, 1, true}, {"abc", "", true, 0, true}, {"", "", true, 0, true},
+        {"abc", "x", false, 99, false}, {"Hello World", "WORLD", false, 99, true},
+        {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
+    // clang-format on
+    for (const auto& [text, affix, starts, ends] : affixes) {
+        EXPECT_EQ(startsWith(text, affix) + 2 * endsWith(text, affix), starts + 2 * ends) << affix;
+        EXPECT_EQ(startsWith(widen(text), widen(affix)) + 2 * endsWith(widen(text), widen(affix)),
+                  starts + 2 * ends);
+    }
+    for (const auto& [text, sub, found, position, foundIgnoringCase] : finds) {
+        size_t location = 99;
+        EXPECT_EQ(findSubStringLocation(text, sub, location), found) << text << " / " << sub;
+        EXPECT_EQ(location, position) << text << " / " << sub;
+        EXPECT_EQ(
+            findSubStringCaseSensitive(text, sub) + 2 * findSubStringCaseInsensitive(text, sub),
+            found + 2 * foundIgnoringCase)
+            << text << " / " << sub;
+    }
+    EXPECT_TRUE(endsWithAny("a.com", {".org", ".com"}) &&
+                endsWithAny(L"a.com", {L".org", L".com"}));
+    EXPECT_FALSE(endsWithAny("a.com", {}) || endsWithAny("com", {".org", "x.com"}));
+    EXPECT_TRUE(startsWithCharacter("", '\0') && startsWithDigit("0x") && startsWithDigit("9"));
+    EXPECT_FALSE(startsWithCharacter("1+", '+') || startsWithDigit("") ||
+                 startsWithDigit("\xD9\xA1"));
+    EXPECT_EQ(replaceAll("a.b.c", '.', '_') + replaceLastOccurrence("a.b.c", '.', '_'),
+              "a_b_ca.b_c");
+    EXPECT_EQ(replaceAll("abc", '.', '_') + replaceAll("a.b", '.', '.') +
+                  replaceLastOccurrence("...", '.', '\0'),
+              std::string("abca.b..\0", 9));
+}
+
+// The one-pass erasure against its definition: erase the leftmost occurrence and search again
+// from the start until none is left. An empty sub leaves the text unchanged.
+TEST(Text, EraseMatchesRepeatedLeftmostErasure) {
+    std::mt19937 random(7);
+    for (const std::string sub : {"ab", "aba", "aab", "abab", "a", "bba", "abcd"}) {
+        for (int i = 0; i < 2000; ++i) {
+            std::string text(random() % 24, 'a'), expected;
+            for (char& c : text) c = "abcd"[random() % (sub == "abcd" ? 4 : 2)];
+            for (expected = text; expected.find(sub) != std::string::npos;)
+                expected.erase(expected.find(sub), sub.size());
+            eraseSubString(text, sub);
+            ASSERT_EQ(text, expected) << sub;
+        }
+    }
+    std::string runs = std::string(500, 'a') + std::string(500, 'b') + "!", text = "abc";
+    eraseSubString(runs, "ab");
+    eraseSubString(text, "");
+    EXPECT_EQ(runs + text, "!abc");
+}
+
+TEST(Text, Substr) {
+    const std::string aeb = "a\xC3\xA9!", mixed = "\xE4\xB8\xAD\xF0\x9F\x98\x80z";  // 3 characters
+    // clang-format off
+    const std::tuple<std::string, unsigned, unsigned long, std::string> cases[] = {
+        {aeb, 1, 1, "\xC3\xA9"}, {aeb, 1, 2, "\xC3\xA9!"}, {aeb, 0, ULONG_MAX, aeb},
+        {aeb, 3, 1, ""}, {aeb, 2, 5, "!"}, {aeb, 0, 0, ""}, {"", 0, 1, ""},
+        {mixed, 1, 1, "\xF0\x9F\x98\x80"}, {mixed, UINT_MAX, ULONG_MAX, ""}, {"ab\x80", 0, 1, ""},
+        {"a\xF8z", 0, 1, ""}, {"\xE4\xB8", 0, 1, "\xE4\xB8"}, {"ab\xE4", 2, 1, "\xE4"}};
+    const std::string markers[][4] = {{"a[b]c", "[", "]", "b"}, {"a[b]c", "[", "#", "b]c"},
+        {"a[b]c", "#", "]", ""}, {"a[b]c", "", "]", "a[b"}, {"a[b]c", "[", "", ""},
+        {"<<x>>y>>", "<<", ">>", "x"}, {"]a[b]", "[", "]", "b"}, {"a[]", "[", "]", ""}};
+    // clang-format on
+    for (const auto& [text, start, count, part] : cases) {
+        EXPECT_EQ(substr(text, start, count), part)
+            << text << " from " << start << " for " << count;
+    }
+    for (const auto& [text, startMarker, endMarker, part] : markers) {
+        EXPECT_EQ(substr(text, startMarker, endMarker), part) << text << startMarker << endMarker;
+    }
+}
+
+// copy writes all or nothing, NUL-filling the rest of the buffer; copyn truncates. Neither
+// writes at or beyond size.
+TEST(Text, CopyIntoBuffers) {
+    const std::tuple<const char*, unsigned long, bool, unsigned long> cases[] = {
+        {"hello", 5, false, 4}, {"hello", 6, true, 5}, {"hello", 9, true, 5},
+        {"", 1, true, 0},       {"he", 3, true, 2},    {"hello", 1, false, 0}};
+    for (const auto& [source, size, copied, length] : cases) {
+        SCOPED_TRACE(std::string(source) + " into " + std::to_string(size));
+        char buffer[12];
+        std::memset(buffer, 'x', sizeof buffer);
+        EXPECT_EQ(copy(buffer, size, source), copied);
+        EXPECT_EQ(std::string(buffer, 12),
+                  copied ? (source + std::string(size - length, '\0')).append(12 - size, 'x')
+                         : "xxxxxxxxxxxx");
+        std::memset(buffer, 'x', sizeof buffer);
+        EXPECT_EQ(copyn(buffer, size, source), length);
+        EXPECT_EQ(std::string(buffer, size + 1),
+                  std::string(source, length).append(1, '\0').append(size - length, 'x'));
+    }
+    char buffer[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_FALSE(copy(buffer, 0, "a") || copy(nullptr, 4, "a") || copy(buffer, 4, nullptr));
+    EXPECT_EQ(copyn(buffer, 0, "a") + copyn(nullptr, 4, "a") + copyn(buffer, 4, nullptr), 0u);
+    EXPECT_EQ(std::string(buffer, 4), "xxxx");
+}
