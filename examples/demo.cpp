@@ -55,7 +55,7 @@ public:
     void start() {
         std::thread(&TracedRoad::receiveClick, this).join();
         std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [&] { return parked_.size() == workers_.size(); });
+        changed_.wait(lock, [&] { return parked_ == workers_.size(); });
     }
 
     // The store; its owner is this object, not any thread.
@@ -104,15 +104,15 @@ private:
             store->addEntry(job + " (thread " + Strand::getThreadIdString() + ")");
         }
         std::unique_lock<std::mutex> lock(mutex_);
-        parked_.push_back(Strand::getThreadId());
+        ++parked_;
         changed_.notify_all();
         changed_.wait(lock, [&] { return released_; });
     }
 
-    mutable std::mutex mutex_;
+    std::mutex mutex_;
     std::condition_variable changed_;
     std::vector<std::thread> workers_;
-    std::vector<Strand::ThreadId> parked_;
+    std::size_t parked_ = 0;  // workers waiting inside their scopes
     bool released_ = false;
     std::shared_ptr<context_store> store_;
 };
