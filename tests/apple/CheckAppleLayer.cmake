@@ -10,7 +10,8 @@ endif()
 foreach(source IN LISTS sources)
   execute_process(
     COMMAND ${CLANGXX} -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Werror
-      -isystem ${SOURCE_DIR}/tools/apple-sdk -I${SOURCE_DIR}/Utilities ${source}
+      -isystem ${SOURCE_DIR}/tools/apple-sdk -I${SOURCE_DIR}/Utilities -I${SOURCE_DIR}/Utilities/Strand/include
+      -I${SOURCE_DIR}/Utilities/StringUtils/include ${source}
     RESULT_VARIABLE result ERROR_VARIABLE errors)
   if(NOT result EQUAL 0)
     message(FATAL_ERROR "${source} does not compile:\n${errors}")
