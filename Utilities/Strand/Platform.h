@@ -69,7 +69,8 @@ bool installCrossThreadHandler(SignalHandler handler);
 
 // Sends the cross-thread signal to thread. Returns 0, or the platform's error
 // number when the signal cannot be sent (a thread that has ended, an id that
-// names no thread of this process). Signal-safe.
+// names no thread of this process, on macOS a null or the caller's own POSIX
+// handle). Signal-safe.
 int sendCrossThreadSignal(const ThreadId& thread);
 
 // Blocks the cross-thread signal on the calling thread. Returns true if this
@@ -79,6 +80,10 @@ bool blockCrossThreadSignal();
 // Unblocks the cross-thread signal on the calling thread; one that is pending
 // is handled before this returns. Signal-safe.
 void unblockCrossThreadSignal();
+
+// True if the cross-thread signal is blocked on the calling thread, as it is
+// inside the library's handler. Signal-safe.
+bool crossThreadSignalBlocked();
 
 // --- Handshakes with signal handlers, which may not use mutexes, condition
 // variables or promises to wake a waiting thread.

@@ -40,4 +40,11 @@ void unblockCrossThreadSignal() {
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
+bool crossThreadSignalBlocked() {
+    sigset_t current;
+    sigemptyset(&current);
+    pthread_sigmask(SIG_BLOCK, nullptr, &current);
+    return sigismember(&current, kCrossThreadSignal) == 1;
+}
+
 }  // namespace Strand::platform

@@ -17,9 +17,11 @@ namespace Strand {
 // run out, or at once if the signal cannot be sent. Reports nothing: a caller
 // that needs to know must look at what function produced.
 //
-// * thread is the calling thread (all three elements equal): function runs
-//   here and now; what it throws reaches the caller, and an empty function
-//   throws std::bad_function_call.
+// * thread is the calling thread, which its numeric id (element 1) alone
+//   decides, whatever the other two elements hold (a triple rebuilt from a
+//   logged id, a listed entry without a handle): function runs here and now;
+//   what it throws reaches the caller, and an empty function throws
+//   std::bad_function_call. The library never signals the calling thread.
 // * Another thread: function runs inside that thread's signal handler, at
 //   whatever point the thread was interrupted, so it must only do what is safe
 //   there. The caller waits at most 100 ms for the thread to accept the call
@@ -27,6 +29,16 @@ namespace Strand {
 //   then at most 4 s for function to return; a slower function runs on to its
 //   end, after this call has returned, on its own copy of function. Whatever
 //   function throws there is dropped; an empty function does nothing.
+//   Cancellation of that thread is deferred while function runs: a
+//   pthread_cancel arriving meanwhile, even while function waits in a
+//   cancellation point, takes effect at the thread's next cancellation point
+//   after the handler has returned. function must not end its thread itself
+//   (pthread_exit).
+// * The copy of function is destroyed by a thread that called this function,
+//   after the library's lock is released (the copy of a call its caller stopped
+//   waiting for, by a later caller, outside the handler, once the function has
+//   returned); never by the handler. So what it captures may call back into the
+//   library from its destructor.
 // * Calls for other threads are served one at a time in the process; a caller
 //   may wait behind others for up to about 4.1 s each.
 STRAND_EXPORT void executeOnThread(const ThreadId& thread, const std::function<void()>& function);

@@ -1,0 +1,166 @@
+// Cross-thread calls under what a large client does to them: captures that call
+// back into the library when destroyed, cancelled targets, ids that name the
+// caller, fork during a call, and exit with calls in flight. Each case runs in a
+// forked child with a time limit, so a hang or an abort fails the case.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "Strand/ExecuteOnThread.h"
+#include "Strand/StackTrace.h"
+#include "TestSupport.h"
+
+namespace {
+
+using Strand::executeOnThread;
+
+// Runs body in a forked child that is killed after limitSeconds; returns the
+// child's exit code, or 128 + the signal that ended it.
+int runInChild(const std::function<int()>& body, unsigned limitSeconds = 10) {
+    std::cout.flush();
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(limitSeconds);
+        _exit(body());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// A capture that makes a cross-thread call whenever a copy of it is destroyed.
+struct CallsWhenDestroyed {
+    Strand::ThreadId target;
+    explicit CallsWhenDestroyed(Strand::ThreadId id) : target(id) {}
+    CallsWhenDestroyed(const CallsWhenDestroyed&) = default;
+    ~CallsWhenDestroyed() {
+        executeOnThread(target, [] {});
+    }
+};
+
+TEST(CrossThreadFault, CapturesThatCallBackWhenDestroyedNeverHang) {
+    EXPECT_EQ(runInChild([] {
+                  const ParkedThread target, other;
+                  for (int i = 0; i < 3000; ++i) {
+                      const CallsWhenDestroyed capture(other.id());
+                      executeOnThread(target.id(), [capture] {});
+                  }
+                  return 0;
+              }),
+              0);
+}
+
+// A thread that waits in cancellation points outside any library call.
+struct Announced {
+    Strand::ThreadId id{};
+    std::latch known{1};
+};
+
+// A thread that announces itself, then waits in cancellation points.
+void* waitInCancellationPoints(void* announced) {
+    auto& self = *static_cast<Announced*>(announced);
+    self.id = Strand::getThreadId();
+    self.known.count_down();
+    for (;;) pause();
+}
+
+TEST(CrossThreadFault, CancellingTheTargetDuringTheFunctionEndsItCleanly) {
+    EXPECT_EQ(runInChild([] {
+                  Announced announced;
+                  pthread_t target{};
+                  pthread_create(&target, nullptr, &waitInCancellationPoints, &announced);
+                  announced.known.wait();
+                  std::latch inFunction(1);
+                  std::atomic<bool> cancelled{false};
+                  std::thread caller([&] {
+                      executeOnThread(announced.id, [&] {
+                          inFunction.count_down();
+                          while (!cancelled) usleep(1000);  // a cancellation point
+                      });
+                  });
+                  inFunction.wait();
+                  pthread_cancel(target);
+                  cancelled = true;
+                  caller.join();
+                  pthread_join(target, nullptr);  // it can only end by the cancellation
+                  const ParkedThread next;        // the library is not left locked
+                  return Strand::getStackTrace({}, next.id()).empty() ? 1 : 0;
+              }),
+              0);
+}
+
+TEST(CrossThreadFault, AnIdNamingTheCallerByNumberRunsHere) {
+    EXPECT_EQ(runInChild([] {
+                  const ParkedThread other;
+                  const Strand::ThreadId byNumber{pthread_t{}, Strand::gettid(), 0};
+                  Strand::ThreadId ranOn{};
+                  bool nestedRan = false;
+                  executeOnThread(byNumber, [&] {
+                      ranOn = Strand::getThreadId();
+                      executeOnThread(other.id(), [&] { nestedRan = true; });
+                  });
+                  const bool traced = !Strand::getStackTrace({}, byNumber).empty();
+                  return ranOn == Strand::getThreadId() && nestedRan && traced ? 0 : 1;
+              }),
+              0);
+}
+
+#if defined(__SANITIZE_THREAD__)
+constexpr bool kThreadSanitizer = true;
+#elif defined(__has_feature)
+constexpr bool kThreadSanitizer = __has_feature(thread_sanitizer);
+#else
+constexpr bool kThreadSanitizer = false;
+#endif
+
+TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
+    if (kThreadSanitizer) {
+        GTEST_SKIP() << "ThreadSanitizer cannot start threads after a multi-threaded fork";
+    }
+    const ParkedThread target;
+    std::latch inFunction(1);
+    std::atomic<bool> release{false};
+    std::thread caller([&] {
+        executeOnThread(target.id(), [&] {
+            inFunction.count_down();
+            for (int ms = 0; ms < 1000 && !release; ++ms) usleep(1000);
+        });
+    });
+    inFunction.wait();
+    const int childResult = runInChild([] {
+        const ParkedThread fresh;
+        Strand::setThreadName("fresh in child");
+        const std::vector<Strand::ThreadId> listed = Strand::getThreadIds();
+        const bool ok = !Strand::getStackTrace({}, fresh.id()).empty() &&
+                        Strand::getThreadName() == "fresh in child" &&
+                        std::find(listed.begin(), listed.end(), fresh.id()) != listed.end();
+        return ok ? 0 : 1;
+    });
+    release = true;
+    caller.join();
+    EXPECT_EQ(childResult, 0);
+}
+
+// Under AddressSanitizer, freed process-wide state shows up as an error exit;
+// several rounds, as the race with the static destructors is not won every time.
+TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
+    for (int round = 0; round < 6 && !HasFailure(); ++round) {
+        EXPECT_EQ(runInChild([] {
+                      static ParkedThread* const target = new ParkedThread;  // still called at exit
+                      std::latch calling(4);
+                      for (int i = 0; i < 4; ++i) {
+                          std::thread([&calling, id = target->id()] {
+                              (void)Strand::getStackTrace({}, id);
+                              calling.count_down();
+                              for (;;) (void)Strand::getStackTrace({}, id);
+                          }).detach();
+                      }
+                      calling.wait();
+                      std::exit(0);  // runs static destructors while the calls go on
+                      return 0;
+                  }),
+                  0)
+            << "round " << round;
+    }
+}
+
+}  // namespace
