@@ -93,7 +93,9 @@ bool crossThreadSignalBlocked();
 void waitWhileEquals(const std::atomic<std::uint32_t>& word, std::uint32_t expected,
                      std::chrono::steady_clock::time_point deadline);
 
-// Wakes every thread blocked in waitWhileEquals on word. Signal-safe.
+// Wakes every thread blocked in waitWhileEquals on word. Signal-safe. Only
+// word's address is used: a woken thread may already have destroyed word, and a
+// wake-up that reaches an unrelated waiter is one of its spurious wake-ups.
 void wakeWaiters(const std::atomic<std::uint32_t>& word);
 
 // --- Backtraces of the calling thread.

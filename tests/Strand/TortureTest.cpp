@@ -1,5 +1,6 @@
 // Takes stack traces for a while of threads that are busy allocating, locking,
-// waiting, sleeping, ending and being replaced, amid stray signals. Run as its
+// waiting, sleeping, ending, being cancelled and being replaced, amid stray
+// signals. Run as its
 // own ctest test; its length in seconds comes from STRAND_TORTURE_SECONDS.
 #include <cstdlib>
 #include <deque>
@@ -26,6 +27,7 @@ struct Shared {
     bool gateClaimed = false, gateClosed = false;
     std::vector<Strand::ThreadId> live, samplers;
     std::deque<Strand::ThreadId> ended;  // the most recent 16
+    int cancellations = 0;
     template <typename Fn>
     auto locked(Fn fn) {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -76,10 +78,67 @@ void runWorkerSlot(Shared& s, unsigned slot) {
     }
 }
 
+// A capture whose copies each trace a thread when destroyed, which happens
+// after the call that carried it, outside the library's lock.
+struct TracesWhenDestroyed {
+    Strand::ThreadId thread;
+    explicit TracesWhenDestroyed(Strand::ThreadId id) : thread(id) {}
+    TracesWhenDestroyed(const TracesWhenDestroyed&) = default;
+    ~TracesWhenDestroyed() { (void)Strand::getStackTrace({}, thread); }
+};
+
+struct Victim {
+    Shared* s;
+    Strand::ThreadId id{};
+    std::latch known{1};
+};
+
+// Waits in cancellation points, listed, until cancelled.
+void* tortureAwaitCancellation(void* victim) {
+    auto& self = *static_cast<Victim*>(victim);
+    self.id = Strand::getThreadId();
+    self.s->locked([&] { self.s->live.push_back(self.id); });
+    self.known.count_down();
+    for (;;) pause();
+}
+
+// Cancels one thread after another while a function runs on it in a
+// cancellation point; the samplers trace these threads too.
+void runCancellations(Shared& s) {
+    while (!s.stop) {
+        Victim victim{&s};
+        pthread_t handle{};
+        pthread_create(&handle, nullptr, &tortureAwaitCancellation, &victim);
+        victim.known.wait();
+        std::promise<void> entered;
+        std::atomic<bool> cancelled{false};
+        std::thread caller([&] {
+            Strand::executeOnThread(victim.id, [&] {
+                entered.set_value();
+                for (int i = 0; i < 100 && !cancelled; ++i) usleep(100);
+            });
+        });
+        // Cancelled also if the call was not accepted in time.
+        entered.get_future().wait_for(std::chrono::milliseconds(200));
+        pthread_cancel(handle);
+        cancelled = true;
+        caller.join();
+        pthread_join(handle, nullptr);
+        s.locked([&] {
+            std::erase(s.live, victim.id);
+            ++s.cancellations;
+            s.ended.push_back(victim.id);
+            if (s.ended.size() > 16) s.ended.pop_front();
+        });
+    }
+}
+
 // Two samplers run this, tracing each other too, so that threads are signalled
-// also while they are callers themselves.
+// also while they are callers themselves. Now and then a sampler traces itself
+// by its numeric id alone, or sends a capture that calls back when destroyed.
 STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& s, int& gateTraces) {
     std::mt19937 random(std::random_device{}());
+    const Strand::ThreadId selfByNumber{pthread_t{}, Strand::gettid(), 0};
     const auto trace = [&](const Strand::ThreadId& thread, bool atGate) {
         const std::string text = Strand::getStackTrace({}, thread);
         const bool isSampler =
@@ -104,7 +163,16 @@ STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& s, int& gateTraces) {
             s.locked([&] { s.gateOccupant.reset(), s.gateClaimed = false; });
             s.changed.notify_all();
         }
-        trace(candidates[random() % candidates.size()], false);
+        const Strand::ThreadId& other = candidates[random() % candidates.size()];
+        const unsigned extra = random() % 16;
+        if (extra == 0) {
+            const std::string own = Strand::getStackTrace({}, selfByNumber);
+            EXPECT_NE(own.find("tortureSamplerLoop"), std::string::npos) << own;
+        } else if (extra == 1) {
+            const TracesWhenDestroyed capture(candidates[random() % candidates.size()]);
+            Strand::executeOnThread(other, [capture] {});
+        }
+        trace(other, false);
     }
 }
 
@@ -125,6 +193,7 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
         });
     }
     for (unsigned i = 0; i < 16; ++i) threads.emplace_back(runWorkerSlot, std::ref(s), i);
+    threads.emplace_back(runCancellations, std::ref(s));
     samplersKnown.arrive_and_wait();
     // Stray signals: every other one to a sampler, to land also while it
     // publishes or withdraws a call, the rest to workers.
@@ -145,7 +214,9 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_GT(gateTraces[0], 0);
     EXPECT_GT(gateTraces[1], 0);
-    std::cout << gateTraces[0] << " and " << gateTraces[1] << " traces at the gate\n";
+    EXPECT_GT(s.cancellations, 0);
+    std::cout << gateTraces[0] << " and " << gateTraces[1] << " traces at the gate, "
+              << s.cancellations << " threads cancelled during a call\n";
 }
 
 }  // namespace torture
