@@ -43,6 +43,7 @@
 #include <memory>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "Strand/NoDestructor.h"
 #include "Strand/Platform.h"
@@ -68,7 +69,8 @@ constexpr std::uint32_t kSleeping = 4;
 // One cross-thread call: owned by its caller, borrowed by the handler that
 // claims it, and parked on gRetired if the caller stops waiting first.
 struct SignalContext {
-    SignalContext(int target, const std::function<void()>& fn) : threadId(target), function(fn) {}
+    SignalContext(int target, std::function<void()> fn)
+        : threadId(target), function(std::move(fn)) {}
     int threadId;
     std::function<void()> function;
     std::atomic<std::uint32_t> state{0};
@@ -78,7 +80,7 @@ struct SignalContext {
 };
 
 // Lets one cross-thread call through at a time; also guards gRetired.
-constinit NoDestructor<std::mutex> gSignalMutex;
+constinit NoDestructor<std::mutex> gSignalMutex;  // NOLINT(cert-err58-cpp): constexpr, noexcept
 // The published call: the generation of the publication in the upper 32 bits
 // and the target's numeric id in the lower ones; 0 once claimed or withdrawn.
 // The generation keeps a handler that read an older publication from claiming a

@@ -30,7 +30,7 @@ int runInChild(const std::function<int()>& body, unsigned limitSeconds = 10) {
 // A capture that makes a cross-thread call whenever a copy of it is destroyed.
 struct CallsWhenDestroyed {
     Strand::ThreadId target;
-    explicit CallsWhenDestroyed(Strand::ThreadId id) : target(id) {}
+    explicit CallsWhenDestroyed(const Strand::ThreadId& id) : target(id) {}
     CallsWhenDestroyed(const CallsWhenDestroyed&) = default;
     ~CallsWhenDestroyed() {
         executeOnThread(target, [] {});
@@ -145,7 +145,7 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
         EXPECT_EQ(runInChild([] {
-                      static ParkedThread* const target = new ParkedThread;  // still called at exit
+                      static auto* const target = new ParkedThread;  // still called at exit
                       std::latch calling(4);
                       for (int i = 0; i < 4; ++i) {
                           std::thread([&calling, id = target->id()] {

@@ -82,7 +82,7 @@ void runWorkerSlot(Shared& s, unsigned slot) {
 // after the call that carried it, outside the library's lock.
 struct TracesWhenDestroyed {
     Strand::ThreadId thread;
-    explicit TracesWhenDestroyed(Strand::ThreadId id) : thread(id) {}
+    explicit TracesWhenDestroyed(const Strand::ThreadId& id) : thread(id) {}
     TracesWhenDestroyed(const TracesWhenDestroyed&) = default;
     ~TracesWhenDestroyed() { (void)Strand::getStackTrace({}, thread); }
 };

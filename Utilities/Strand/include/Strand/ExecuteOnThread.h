@@ -41,6 +41,8 @@ namespace Strand {
 //   library from its destructor.
 // * Calls for other threads are served one at a time in the process; a caller
 //   may wait behind others for up to about 4.1 s each.
+// * Works in the child of a fork() whatever the parent's other threads were
+//   doing, and on threads that run on while the process exits.
 STRAND_EXPORT void executeOnThread(const ThreadId& thread, const std::function<void()>& function);
 
 }  // namespace Strand

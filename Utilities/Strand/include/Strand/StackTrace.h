@@ -66,7 +66,8 @@ using SampleCallback =
 // the platform's description of the frame (image, address, symbol, offset) and
 // a line feed, the last line included; at most 100 lines (the innermost 100
 // frames). The top lines are the recording's own frames (for another thread,
-// its signal handler). Empty if the thread cannot be signalled, does not accept
+// its signal handler). A thread whose numeric id is the caller's is the caller
+// (see executeOnThread), traced at once without a signal. Empty if the thread cannot be signalled, does not accept
 // within 100 ms (SIGUSR1 blocked), or its frames cannot be described.
 // framework is not used.
 STRAND_EXPORT std::string getStackTrace(quill::handle<ICoreFramework> framework, ThreadId thread);
