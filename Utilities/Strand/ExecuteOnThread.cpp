@@ -104,8 +104,10 @@ SignalContext* claimCall(int self) {
     if (word == 0 || static_cast<std::uint32_t>(word) != static_cast<std::uint32_t>(self)) {
         return nullptr;
     }
-    // Read before the claim: once claimed, the caller may publish no other call
-    // until it has seen finished, but the slot is cleared independently.
+    // Read between the two looks at the word: if the claim succeeds the word did
+    // not change meanwhile, so no withdrawal or newer publication came between
+    // and the record is the claimed call's (callers store it before the word).
+    // Read after the claim, it could be cleared already by a caller that gave up.
     SignalContext* const context = gSignalContext.load();
     return gTarget.compare_exchange_strong(word, 0) ? context : nullptr;
 }
