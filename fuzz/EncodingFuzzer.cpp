@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const std::wstring wide = toWString(text);
         require(toString(wide) == text, "UTF-8 -> wide -> UTF-8 is the identity");
-        require(converter->to_bytes(converter->from_bytes(text)) == text,
+        require(converter().to_bytes(converter().from_bytes(text)) == text,
                 "UTF-8 -> UTF-16 -> UTF-8 is the identity");
     } catch (const std::range_error&) {
         // Malformed UTF-8: the documented failure.
@@ -29,8 +29,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         wideUnits += static_cast<wchar_t>(unit);
     }
     try {
-        const std::string bytes = converter->to_bytes(units);
-        require(converter->from_bytes(bytes) == units, "UTF-16 -> UTF-8 -> UTF-16 is the identity");
+        const std::string bytes = converter().to_bytes(units);
+        require(converter().from_bytes(bytes) == units, "UTF-16 -> UTF-8 -> UTF-16 is the identity");
         require(toString(wideUnits) == bytes, "wide and UTF-16 units convert alike");
     } catch (const std::range_error&) {
         // Malformed UTF-16: the documented failure.

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace SplitUtils {
@@ -21,19 +22,28 @@ inline size_t getLength(const std::wstring& delimiter) { return delimiter.size()
 // A cheap estimate of the delimiter matches in text, used to size a split's result
 // once: matches that start right after the previous one are not counted, and an
 // empty delimiter counts every element. 0 for an empty text. Never fails.
+// A string delimiter is searched in time linear in text and delimiter.
+size_t countDelimiterMatches(std::string_view text, std::string_view delimiter);
+size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter);
+
 template <typename Text, typename Delimiter>
 size_t countWords(const Text& text, const Delimiter& delimiter) {
-    size_t count = 0;
-    const size_t length = getLength(delimiter);
-    for (size_t position = 0; position < text.size();) {
-        const size_t match = text.find(delimiter, position);
-        if (match == Text::npos) {
-            break;
+    using CharT = typename Text::value_type;
+    if constexpr (std::is_same_v<Delimiter, CharT>) {
+        size_t count = 0;
+        for (size_t position = 0; position < text.size();) {
+            const size_t match = text.find(delimiter, position);
+            if (match == Text::npos) {
+                break;
+            }
+            ++count;
+            position = match + 2;
         }
-        ++count;
-        position = match + length + 1;
+        return count;
+    } else {
+        return countDelimiterMatches(std::basic_string_view<CharT>(text),
+                                     std::basic_string_view<CharT>(delimiter));
     }
-    return count;
 }
 
 }  // namespace SplitUtils
