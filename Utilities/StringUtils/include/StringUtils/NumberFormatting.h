@@ -1,4 +1,10 @@
 // Numbers and booleans as text, and printf-style formatting into a string.
+//
+// Locale: the three number formatters write through a default string stream, so
+// they follow the process's global C++ locale, which the library never changes:
+// no grouping and a decimal point in the classic locale, "1.234.567" and "0,5"
+// under de_DE.UTF-8. The printf-style functions follow the C locale as printf
+// does (only the decimal separator of floating-point conversions).
 #pragma once
 
 #include <string>
