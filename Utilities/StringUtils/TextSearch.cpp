@@ -106,30 +106,61 @@ std::size_t PatternFinder<CharT>::findWithBorders(View text, std::size_t from) {
 
 template <typename CharT>
 void eraseAllOccurrences(std::basic_string<CharT>& text, std::basic_string_view<CharT> pattern) {
-    PatternFinder<CharT> finder(pattern);
-    if (pattern.empty() || finder.find(text) == std::basic_string_view<CharT>::npos) {
+    using Traits = std::char_traits<CharT>;
+    const std::size_t m = pattern.size();
+    if (m == 0) {
         return;
     }
-    // The kept text is built in place behind the read position, with the match
-    // state after each kept element. Once the kept text ends in the pattern, that
-    // tail is the leftmost occurrence of the text still to clean (the part before
-    // it has none), so it is dropped and the state before it comes back. Each
-    // state is below the pattern's length, so the drops never add work and the
-    // pass stays linear.
-    const std::vector<std::size_t>& border = finder.borders();
-    const std::size_t m = pattern.size();
-    std::vector<std::size_t> stateAfter(text.size() + 1, 0);
+    // The kept text is built in place behind the read position. Once it ends in
+    // the pattern, that tail is the leftmost occurrence of the text still to
+    // clean (the part before it has none), so it is dropped at once.
+    //
+    // Directly first: compare the kept tail with the pattern wherever the element
+    // just kept equals the pattern's last one, counting the cost of the checks.
     std::size_t kept = 0;
-    std::size_t matched = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const CharT c = text[i];
+    std::size_t read = 0;
+    std::size_t checks = 0;
+    bool direct = true;
+    while (direct && read < text.size()) {
+        const CharT c = text[read++];
         text[kept++] = c;
+        if (c == pattern[m - 1] && kept >= m) {
+            if (Traits::compare(text.data() + kept - m, pattern.data(), m) == 0) {
+                kept -= m;
+            } else {
+                checks += m;
+                direct = checks <= kChecksPerElement * read + kCheckSlack;
+            }
+        }
+    }
+    if (direct) {
+        text.resize(kept);
+        return;
+    }
+    // Then with the match state after each kept element (Knuth-Morris-Pratt),
+    // started over the kept text: dropping a match brings back the state before
+    // it. Each state is below the pattern's length, so the drops never add work
+    // and the pass stays linear.
+    PatternFinder<CharT> finder(pattern);
+    const std::vector<std::size_t>& border = finder.borders();
+    std::vector<std::size_t> stateAfter(text.size() + 1, 0);
+    std::size_t matched = 0;
+    const auto step = [&](CharT c) {
         while (matched > 0 && c != pattern[matched]) {
             matched = border[matched - 1];
         }
         if (c == pattern[matched]) {
             ++matched;
         }
+    };
+    for (std::size_t i = 0; i < kept; ++i) {
+        step(text[i]);  // never completes a match: the kept text holds none
+        stateAfter[i + 1] = matched;
+    }
+    for (; read < text.size(); ++read) {
+        const CharT c = text[read];
+        text[kept++] = c;
+        step(c);
         if (matched == m) {
             kept -= m;
             matched = stateAfter[kept];
