@@ -162,15 +162,16 @@ SearchShape hostileShape() {
     return {std::string(1 << 20, 'a'), std::string((1 << 19) - 1, 'a') + "b"};
 }
 
-std::vector<std::string> standardSplit(const std::string& text, const std::string& delimiter) {
+std::vector<std::string> standardSplit(std::string_view text, std::string_view delimiter) {
     std::vector<std::string> fields;
-    size_t start = 0;
-    for (size_t match; (match = text.find(delimiter, start)) != std::string::npos;) {
-        fields.push_back(text.substr(start, match - start));
-        start = match + delimiter.size();
+    for (;;) {
+        const size_t match = text.find(delimiter);
+        fields.emplace_back(text.substr(0, match));
+        if (match == std::string_view::npos) {
+            return fields;
+        }
+        text.remove_prefix(match + delimiter.size());
     }
-    fields.push_back(text.substr(start));
-    return fields;
 }
 
 // The erasure this library used before: one pass that compares the kept tail with
