@@ -9,27 +9,12 @@
 #include "StringUtils/Search.h"
 #include "StringUtils/Split.h"
 #include "StringUtils/TextSearch.h"
+#include "Reference.h"
 #include "Widen.h"
 
 namespace {
 
 using namespace StringUtils;
-
-std::vector<std::string> referenceSplit(const std::string& text, const std::string& delimiter) {
-    std::vector<std::string> fields;
-    size_t start = 0;
-    for (size_t match; (match = text.find(delimiter, start)) != std::string::npos;) {
-        fields.push_back(text.substr(start, match - start));
-        start = match + delimiter.size();
-    }
-    fields.push_back(text.substr(start));
-    return fields;
-}
-
-std::string referenceErase(std::string text, const std::string& sub) {
-    for (size_t at; (at = text.find(sub)) != std::string::npos;) text.erase(at, sub.size());
-    return text;
-}
 
 std::string referenceBetween(const std::string& text, const std::string& start,
                              const std::string& end) {
@@ -74,12 +59,12 @@ TEST(PatternSearch, AgreesWithTheStandardSearch) {
         size_t position = 99;
         ASSERT_EQ(findSubStringLocation(text, pattern, position), text.find(pattern) != std::string::npos);
         ASSERT_EQ(position, text.find(pattern) == std::string::npos ? 99 : text.find(pattern));
-        const auto fields = referenceSplit(text, pattern);
+        const auto fields = reference::splitAt(text, pattern);
         ASSERT_EQ(split(text, pattern, false), fields);
         ASSERT_EQ(split(wideText, widePattern, false), widen(fields));
         std::string erased = text;
         eraseSubString(erased, pattern);
-        ASSERT_EQ(erased, referenceErase(text, pattern));
+        ASSERT_EQ(erased, reference::eraseRepeatedly<char>(text, pattern));
         const std::string start = pattern.substr(0, pattern.size() / 2), end = pattern;
         const std::string between = referenceBetween(text, start, end);
         ASSERT_EQ(substr(text, start, end), between == "<none>" ? "" : between);
