@@ -15,12 +15,14 @@ constexpr std::string_view kExtraZero = "(0)";
 
 // The characters a call string may hold, in the order they are listed: digits
 // and dial punctuation, the two soft hyphens, then (optionally) the letters.
-const std::wstring& callStringCharacters(bool allowLetters) {
-    static const std::wstring withoutLetters =
-        std::wstring(L"0123456789+#*,()-. ") + L'\u00AD' + L'\u1806';
-    static const std::wstring withLetters =
-        withoutLetters + L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    return allowLetters ? withLetters : withoutLetters;
+// Constants, so nothing is built before first use or destroyed at exit.
+constexpr std::wstring_view kCallStringCharacters =
+    L"0123456789+#*,()-. \u00AD\u1806abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+constexpr std::size_t kCallStringCharactersWithoutLetters = 21;
+
+std::wstring_view callStringCharacters(bool allowLetters) {
+    return allowLetters ? kCallStringCharacters
+                        : kCallStringCharacters.substr(0, kCallStringCharactersWithoutLetters);
 }
 
 }  // namespace
