@@ -7,6 +7,9 @@
 #include "StringUtils/NumberParsing.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -64,10 +67,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(toBool(fromBool(size & 1)) == static_cast<bool>(size & 1) && toBool(trueValue()) &&
                 !toBool(falseValue()),
             "the boolean texts read back");
-    {
-        const fuzzcheck::InLocale in(fuzzcheck::fuzzingLocale());
-        double d = 0;
-        toDouble(text, d);
+    if (passed & 64) {
+        require((passed & 4) && i < 65536 && u16 == static_cast<unsigned short>(i),
+                "toInteger16 is toInteger below 65536");
+    }
+    if (passed & 128) {
+        require((passed & 4) && i < 256 && u8 == static_cast<unsigned char>(i),
+                "toInteger8 is toInteger below 256");
+    }
+    // toDouble is strtod over the whole text, in the classic and the non-C locale.
+    for (const locale_t locale : {fuzzcheck::classicLocale(), fuzzcheck::fuzzingLocale()}) {
+        const fuzzcheck::InLocale in(locale);
+        double d = 7;
+        const bool ok = toDouble(text, d);
+        char* end = nullptr;
+        errno = 0;
+        const double expected = std::strtod(text.c_str(), &end);
+        const bool read = end != text.c_str() && errno != ERANGE;
+        require(ok == (read && end == text.c_str() + text.size()) &&
+                    (std::isnan(expected) ? std::isnan(d) : d == (read ? expected : 0.0)),
+                "toDouble is strtod over the whole text");
     }
 
     if (size >= sizeof(std::uint64_t)) {

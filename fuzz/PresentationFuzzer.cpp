@@ -47,7 +47,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(
         text.empty() ? hidden.empty() : hidden.ends_with("(" + std::to_string(text.size()) + ")"),
         "the masked form ends with the length");
-    maskString(text);
+    std::uint64_t mask = 0;
+    for (const char c : text) {
+        mask = mask * 31 + static_cast<std::uint64_t>(static_cast<signed char>(c));
+    }
+    require(maskString(text) == mask, "the fingerprint is h * 31 + signed byte");
+    require(getHtmlErrorTemplate() == "<html><title>%1</title><p>%2</p></html>",
+            "the error template");
     const std::string listed = text.substr(0, control % 4);
     const std::string escaped = escapeCharacters(text, listed, '\\');
     const auto escapes = static_cast<std::size_t>(std::count_if(

@@ -12,15 +12,17 @@
 
 namespace StringUtils {
 
-// Decimal text with a minus sign for negative values. Never fails.
+// Decimal text with a minus sign for negative values, grouped as the global
+// locale groups digits. Never fails.
 std::string toQuillString(int value);
 
-// Decimal text of the full unsigned 64-bit range. Never fails.
+// Decimal text of the full unsigned 64-bit range, grouped as the global locale
+// groups digits. Never fails.
 std::string uint64ToQuillString(unsigned long long value);
 
 // The value as printf("%g") writes it: at most six significant digits, no
 // trailing zeros, the exponent form below 1e-4 and from 1e6 on, "inf", "-inf",
-// "nan". Never fails.
+// "nan", with the global locale's decimal separator. Never fails.
 std::string floatToQuillString(float value);
 
 // "true" or "false". Never fails.

@@ -22,7 +22,8 @@ inline size_t getLength(const std::wstring& delimiter) { return delimiter.size()
 // A cheap estimate of the delimiter matches in text, used to size a split's result
 // once: matches that start right after the previous one are not counted, and an
 // empty delimiter counts every element. 0 for an empty text. Never fails.
-// A string delimiter is searched in time linear in text and delimiter.
+// countWords for a string delimiter, searched in time linear in text and
+// delimiter. Throws only std::bad_alloc.
 size_t countDelimiterMatches(std::string_view text, std::string_view delimiter);
 size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter);
 
@@ -58,7 +59,8 @@ std::vector<std::string_view> splitToViews(const std::string_view& text, char de
                                            bool skipEmpty);
 std::vector<std::wstring_view> splitToViews(const std::wstring& text, wchar_t delimiter,
                                             bool skipEmpty);
-// An empty delimiter gives the whole text as the only field.
+// An empty delimiter gives the whole text as the only field. The delimiter is
+// searched in time linear in text and delimiter, whatever their content.
 std::vector<std::string_view> splitToViews(const std::string& text, const std::string& delimiter,
                                            bool skipEmpty);
 std::vector<std::string_view> splitToViews(const std::string_view& text,
