@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <tuple>
 
 using fuzzcheck::require;
 namespace Patterns = StringUtils::Patterns;
@@ -18,9 +19,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const std::regex group = reference::compile(Patterns::kHexGroup);
     const std::string text = fuzzcheck::text(data, size);
 
-    const bool validEmail = StringUtils::isValidEmail(text);
-    const bool validCode = StringUtils::isValidDiscoveryCode(text);
-    const std::string mac = StringUtils::reformatMACaddress(text, ":");
+    const auto [validEmail, validCode, mac, validSip, route] = fuzzcheck::sameInEveryLocale(
+        [&] {
+            return std::make_tuple(StringUtils::isValidEmail(text),
+                                   StringUtils::isValidDiscoveryCode(text),
+                                   StringUtils::reformatMACaddress(text, ":"),
+                                   StringUtils::isValidSipUri(text),
+                                   StringUtils::isRouteToVestaCalling(text));
+        },
+        "the validators ignore the locale");
     require(mac.empty() || mac.size() == 17, "a MAC address is six groups of two digits");
     if (size <= fuzzcheck::kRegexMaxLength) {
         require(validEmail == std::regex_match(text, email), "isValidEmail is the e-mail pattern");
@@ -30,7 +37,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 "reformatMACaddress is the repeated group search");
     }
 
-    if (StringUtils::isValidSipUri(text)) {
+    if (validSip) {
         require(std::count(text.begin(), text.end(), '@') == 1, "a SIP address has one '@'");
     }
     const std::string user = StringUtils::removeSipKeywordFromSipAddress(text);
@@ -39,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string domain = StringUtils::getEmailDomain(text);
     require(text.ends_with(domain) && domain.find('@') == std::string::npos,
             "the text after the last '@'");
-    if (StringUtils::isRouteToVestaCalling(text)) {
+    if (route) {
         require(text.find('.') != std::string::npos, "a routing suffix begins with a dot");
     }
     return 0;

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <stdexcept>
+#include <tuple>
 
 using fuzzcheck::require;
 namespace Patterns = StringUtils::Patterns;
@@ -76,9 +78,15 @@ void checkCleaners(const std::string& text, bool allowLetters, bool longest, boo
              !std::any_of(digits.begin(), digits.end(),
                           [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); })),
         "a converted phoneword has no letters and the same length");
-    isNumberAnonymousOrEmpty(text);
-    removeNonDigits(text);
-    containsDigit(text);
+    std::string lowered = text, digitsOnly;
+    for (char& c : lowered) c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c;
+    require(isNumberAnonymousOrEmpty(text) ==
+                (text.empty() || lowered == "anonymous" || lowered == "unknown"),
+            "anonymous and unknown in any ASCII case");
+    std::copy_if(text.begin(), text.end(), std::back_inserter(digitsOnly),
+                 [](char c) { return c >= '0' && c <= '9'; });
+    require(removeNonDigits(text) == digitsOnly && containsDigit(text) == !digitsOnly.empty(),
+            "the ASCII digits of the text");
 }
 
 }  // namespace
@@ -89,6 +97,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     const unsigned char control = data[0];
     const std::string text = fuzzcheck::text(data + 1, size - 1);
+    fuzzcheck::sameInEveryLocale(
+        [&] {
+            bool valid = false;
+            try {
+                valid = isValidPhoneNumber(text, control >> 3);
+            } catch (const std::regex_error&) {
+            }
+            return std::make_tuple(valid, isValidRawPhoneNumber(text), isPhoneNumber(text, true),
+                                   isValidFeatureAccessCode(text), isNumberAnonymousOrEmpty(text),
+                                   sanitizePhoneNumber(text, (control & 2) != 0, (control & 1) != 0,
+                                                       (control & 4) != 0),
+                                   convertPhonewordToPhoneNumber(text), isPhoneWordFormat(text));
+        },
+        "the phone-number functions ignore the locale");
     checkValidators(text, control >> 3);
     checkCleaners(text, (control & 1) != 0, (control & 2) != 0, (control & 4) != 0);
     return 0;

@@ -25,7 +25,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(line.size() <= control || line.find(' ') == std::string::npos,
                 "only a cut word is wider than the width");
     }
-    const std::string joined = controlWidowOrphanWords(text, (control & 1) != 0, control % 5);
+    const std::string joined = fuzzcheck::sameInEveryLocale(
+        [&] { return controlWidowOrphanWords(text, (control & 1) != 0, control % 5); },
+        "joining words ignores the locale");
     require(joined.size() <= text.size() * 3 + 1, "joiners replace spaces");
     const auto spaces = static_cast<std::size_t>(std::count(text.begin(), text.end(), ' '));
     require(wordCount(text) == (text.empty() ? 0 : spaces + 1), "words are spaces plus one");
@@ -36,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string cut = truncateBytes(text, control);
     require(cut.size() <= control && fuzzcheck::isPrefix(cut, text), "a cut is a short prefix");
 
-    const std::string sanitized = sanatizeStatusString(text);
+    const std::string sanitized = fuzzcheck::sameInEveryLocale(
+        [&] { return sanatizeStatusString(text); }, "sanitizing ignores the locale");
     require(sanitized.find_first_of("\n\t\r") == std::string::npos, "no control characters left");
     require(sanitized == reference::sanitizeStatusByRepeatedErase(text),
             "tokens go as by repeated erasure");
@@ -44,7 +47,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(
         text.empty() ? hidden.empty() : hidden.ends_with("(" + std::to_string(text.size()) + ")"),
         "the masked form ends with the length");
-    maskString(text);
+    std::uint64_t mask = 0;
+    for (const char c : text) {
+        mask = mask * 31 + static_cast<std::uint64_t>(static_cast<signed char>(c));
+    }
+    require(maskString(text) == mask, "the fingerprint is h * 31 + signed byte");
+    require(getHtmlErrorTemplate() == "<html><title>%1</title><p>%2</p></html>",
+            "the error template");
     const std::string listed = text.substr(0, control % 4);
     const std::string escaped = escapeCharacters(text, listed, '\\');
     const auto escapes = static_cast<std::size_t>(std::count_if(

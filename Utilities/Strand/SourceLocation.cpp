@@ -5,6 +5,8 @@
 #include <ostream>
 #include <string_view>
 
+#include "StringUtils/HexAndFileName.h"
+
 namespace quill::source {
 
 namespace {
@@ -16,9 +18,7 @@ std::string_view fileName(const char* file) {
     if (file == nullptr) {
         return {};
     }
-    const std::string_view path(file);
-    const auto separator = path.find_last_of("/\\");
-    return separator == std::string_view::npos ? path : path.substr(separator + 1);
+    return StringUtils::lastPathComponent(file);
 }
 
 std::string_view functionName(const char* function) {

@@ -21,23 +21,32 @@ template class Converter<wchar_t>;
 
 namespace StringUtils {
 
-// Built in this order during static initialisation, destroyed in reverse at exit.
-std::unique_ptr<Converter<char16_t>> converter = std::make_unique<Converter<char16_t>>();
-std::unique_ptr<Converter<wchar_t>> converterToString = std::make_unique<Converter<wchar_t>>();
+// Function-local and deliberately leaked: nothing runs before first use, and a
+// thread converting during exit never meets a destroyed lock. The pointer keeps
+// the object reachable for leak checkers.
+Converter<char16_t>& converter() {
+    static Converter<char16_t>* const instance = new Converter<char16_t>();
+    return *instance;
+}
+
+Converter<wchar_t>& converterToString() {
+    static Converter<wchar_t>* const instance = new Converter<wchar_t>();
+    return *instance;
+}
 
 std::string fromUtf16String(const char16_t* text) {
-    return converter->to_bytes(std::u16string_view(text));
+    return converter().to_bytes(std::u16string_view(text));
 }
 
 std::string toString(const wchar_t* text) {
-    return converterToString->to_bytes(std::wstring_view(text, std::wcslen(text)));
+    return converterToString().to_bytes(std::wstring_view(text, std::wcslen(text)));
 }
 
-std::string toString(const std::wstring_view& text) { return converterToString->to_bytes(text); }
+std::string toString(const std::wstring_view& text) { return converterToString().to_bytes(text); }
 
-std::string toString(const std::wstring& text) { return converterToString->to_bytes(text); }
+std::string toString(const std::wstring& text) { return converterToString().to_bytes(text); }
 
-std::wstring toWString(const std::string& text) { return converterToString->from_bytes(text); }
+std::wstring toWString(const std::string& text) { return converterToString().from_bytes(text); }
 
 std::string toString(const std::string& text) { return text; }
 

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <limits>
 
+#include "StringUtils/TextSearch.h"
+
 namespace StringUtils {
 
 namespace {
@@ -59,7 +61,7 @@ std::string substr(const std::string& text, const std::string& startMarker,
                    const std::string& endMarker) {
     size_t begin = 0;
     if (!startMarker.empty()) {
-        const size_t found = text.find(startMarker);
+        const size_t found = detail::findPattern<char>(text, startMarker);
         if (found == std::string::npos) {
             return {};
         }
@@ -68,7 +70,7 @@ std::string substr(const std::string& text, const std::string& startMarker,
     if (endMarker.empty()) {
         return {};
     }
-    const size_t end = text.find(endMarker, begin);
+    const size_t end = detail::findPattern<char>(text, endMarker, begin);
     return text.substr(begin, end == std::string::npos ? std::string::npos : end - begin);
 }
 

@@ -12,8 +12,12 @@ std::string toHexString(int value) {
 }
 
 std::string filenameFromPath(const std::string& path) {
+    return std::string(lastPathComponent(path));
+}
+
+std::string_view lastPathComponent(std::string_view path) noexcept {
     const auto separator = path.find_last_of("/\\");
-    return separator == std::string::npos ? path : path.substr(separator + 1);
+    return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
 }  // namespace StringUtils

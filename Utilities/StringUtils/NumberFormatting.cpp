@@ -25,15 +25,11 @@ std::string floatToQuillString(float value) { return streamed(static_cast<double
 
 std::string fromBool(bool value) { return value ? "true" : "false"; }
 
-std::string trueValue() {
-    static const std::string value("True");
-    return value;
-}
+// Literals, so no static object exists to be built before first use or destroyed
+// at exit.
+std::string trueValue() { return "True"; }
 
-std::string falseValue() {
-    static const std::string value("False");
-    return value;
-}
+std::string falseValue() { return "False"; }
 
 std::string formatPrintf(const char* format, ...) {
     va_list arguments;

@@ -1,8 +1,9 @@
 #include "StringUtils/NumberParsing.h"
 
-#include <cctype>
 #include <charconv>
 #include <stdexcept>
+
+#include "StringUtils/AsciiClass.h"
 
 namespace StringUtils {
 
@@ -38,9 +39,6 @@ bool parseWhole(const std::string& text, T& value, Rule rule, Convert convert) {
     return position == text.size();
 }
 
-// ASCII digits only, whatever the locale.
-bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
-
 // Reads an int in base with from_chars, ignoring what follows the number, and
 // accepts it only when every character is a minus sign or one isAllowed lets
 // through. The characters from_chars consumed are such characters already, so
@@ -54,13 +52,17 @@ bool viewToInteger(const std::string_view& text, int& value, int base, IsAllowed
         return false;
     }
     for (const char* p = rest; p != last; ++p) {
-        if (*p != '-' && !isAllowed(static_cast<unsigned char>(*p))) {
+        if (*p != '-' && !isAllowed(*p)) {
             return false;
         }
     }
     value = parsed;
     return true;
 }
+
+// A base std::stoull can read: 0 (detected from the text) or 2 to 36. With any
+// other one strtoull fails without telling where it stopped.
+constexpr bool isUsableBase(int base) { return base == 0 || (base >= 2 && base <= 36); }
 
 // toInteger, then the upper bound limit; the stored value keeps the low bits.
 template <typename T>
@@ -102,6 +104,9 @@ bool toMsTime(const std::string& text, long& value) {
 }
 
 bool toUnsignedLongLong(const std::string& text, unsigned long long& value, int base) {
+    if (!isUsableBase(base)) {
+        return false;
+    }
     return parseWhole(text, value, Rule::keepValueEmptyIsZero,
                       [base](const std::string& s, size_t* p) { return std::stoull(s, p, base); });
 }
@@ -115,13 +120,11 @@ bool toInteger8(const std::string& text, unsigned char& value) {
 }
 
 bool stringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 10, isDigit);
+    return viewToInteger(text, value, 10, detail::isAsciiDigit);
 }
 
 bool hexStringViewToInteger(const std::string_view& text, int& value) {
-    return viewToInteger(text, value, 16, [](unsigned char c) {
-        return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-    });
+    return viewToInteger(text, value, 16, detail::isHexDigit);
 }
 
 bool toBool(const std::string& text) {
@@ -133,7 +136,7 @@ bool toBool(const std::string& text) {
     }
     const char* const word = "true";
     for (size_t i = 0; i < 4; ++i) {
-        if (std::tolower(static_cast<unsigned char>(text[i])) != word[i]) {
+        if (detail::toAsciiLower(text[i]) != word[i]) {
             return false;
         }
     }

@@ -9,7 +9,7 @@ constexpr bool isEmailLocalChar(char c) {
     return isAsciiAlnum(c) || c == '-' || c == '_' || c == '.' || c == '%' || c == '+';
 }
 
-constexpr bool isDiscoveryChar(char c) { return isAsciiDigit(c) || (c >= 'A' && c <= 'Z'); }
+constexpr bool isDiscoveryChar(char c) { return isAsciiDigit(c) || isAsciiUpper(c); }
 
 constexpr bool isRawPhoneChar(char c) {
     return isAsciiDigit(c) || c == ' ' || c == '-' || c == '(' || c == ')';

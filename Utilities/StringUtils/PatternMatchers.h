@@ -8,28 +8,9 @@
 #include <cstddef>
 #include <string_view>
 
-namespace StringUtils::detail {
+#include "StringUtils/AsciiClass.h"
 
-// Byte classes of the patterns: ASCII only, a byte of 0x80 or above is in none.
-constexpr bool isAsciiDigit(char c) { return c >= '0' && c <= '9'; }
-constexpr bool isAsciiLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-constexpr bool isAsciiAlnum(char c) { return isAsciiDigit(c) || isAsciiLetter(c); }
-constexpr bool isHexDigit(char c) {
-    return isAsciiDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-// The value 0 to 15 of a hexadecimal digit; -1 for any other byte.
-constexpr int hexDigitValue(char c) {
-    if (isAsciiDigit(c)) {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
+namespace StringUtils::detail {
 
 // A digit or one of "#*+,"; with allowLetters also a letter or one of " !$&()-.".
 constexpr bool isPhoneNumberCharacter(char c, bool allowLetters) {

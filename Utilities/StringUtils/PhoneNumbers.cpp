@@ -1,6 +1,5 @@
 #include "StringUtils/PhoneNumbers.h"
 
-#include "StringUtils/Case.h"
 #include "StringUtils/Encoding.h"
 #include "StringUtils/PatternMatchers.h"
 #include "StringUtils/Split.h"
@@ -16,12 +15,14 @@ constexpr std::string_view kExtraZero = "(0)";
 
 // The characters a call string may hold, in the order they are listed: digits
 // and dial punctuation, the two soft hyphens, then (optionally) the letters.
-const std::wstring& callStringCharacters(bool allowLetters) {
-    static const std::wstring withoutLetters =
-        std::wstring(L"0123456789+#*,()-. ") + L'\u00AD' + L'\u1806';
-    static const std::wstring withLetters =
-        withoutLetters + L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
-    return allowLetters ? withLetters : withoutLetters;
+// Constants, so nothing is built before first use or destroyed at exit.
+constexpr std::wstring_view kCallStringCharacters =
+    L"0123456789+#*,()-. \u00AD\u1806abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+constexpr std::size_t kCallStringCharactersWithoutLetters = 21;
+
+std::wstring_view callStringCharacters(bool allowLetters) {
+    return allowLetters ? kCallStringCharacters
+                        : kCallStringCharacters.substr(0, kCallStringCharactersWithoutLetters);
 }
 
 }  // namespace
@@ -74,12 +75,12 @@ std::string sanitizePhoneNumber(std::string number, bool longestCommaPart, bool 
 // Takes its text by value like the other clean-up functions of this family.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string sanitizeCallString(std::string callString, bool allowLetters) {
-    std::wstring wide = converterToString->from_bytes(callString);
+    std::wstring wide = converterToString().from_bytes(callString);
     const auto cut = wide.find_first_not_of(callStringCharacters(allowLetters));
     if (cut != std::wstring::npos) {
         wide.erase(cut);
     }
-    return converterToString->to_bytes(wide);
+    return converterToString().to_bytes(wide);
 }
 
 std::string removeExtraZeroPhrase(std::string number) {
@@ -105,8 +106,12 @@ bool isNumberAnonymousOrEmpty(const std::string& number) {
     if (number.empty()) {
         return true;
     }
-    const std::string lower = toLower(number);
-    return lower == "anonymous" || lower == "unknown";
+    // ASCII case only: the words must match the same way in every locale.
+    const auto isWord = [&number](std::string_view word) {
+        return std::equal(number.begin(), number.end(), word.begin(), word.end(),
+                          [](char c, char w) { return detail::toAsciiLower(c) == w; });
+    };
+    return isWord("anonymous") || isWord("unknown");
 }
 
 bool comparePhoneNumbers(const std::string& first, const std::string& second) {

@@ -18,9 +18,7 @@ constexpr std::string_view kPhonewordFirstSymbols = "#*+(";
 // The keypad digit of an ASCII letter, either case.
 char keypadDigit(char letter) {
     constexpr std::string_view kDigitOfLetter = "22233344455566677778889999";
-    const char lower =
-        (letter >= 'A' && letter <= 'Z') ? static_cast<char>(letter - 'A' + 'a') : letter;
-    return kDigitOfLetter[static_cast<std::size_t>(lower - 'a')];
+    return kDigitOfLetter[static_cast<std::size_t>(detail::toAsciiLower(letter) - 'a')];
 }
 
 }  // namespace

@@ -1,32 +1,42 @@
 #include "StringUtils/Sanitizing.h"
 
-#include "StringUtils/Case.h"
 #include "StringUtils/Search.h"
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace StringUtils {
 namespace {
 
-constexpr std::array<std::string_view, 7> kStatusTokens = {
-    "<html", "<script", "<img src", "<a href", "\n", "\t", "\r"};
+// Each token with its upper-case form, in removal order. The upper-case forms are
+// literals, not mapped at run time: a locale's case rules (a Turkish dotless I)
+// must not change which markup is removed.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 7> kStatusTokens = {{
+    {"<html", "<HTML"},
+    {"<script", "<SCRIPT"},
+    {"<img src", "<IMG SRC"},
+    {"<a href", "<A HREF"},
+    {"\n", "\n"},
+    {"\t", "\t"},
+    {"\r", "\r"},
+}};
 
 }  // namespace
 
 std::string sanatizeStatusString(const std::string& status) {
     std::string result = status;
-    for (const std::string_view token : kStatusTokens) {
-        const std::string lower(token);
-        eraseSubString(result, lower);
-        eraseSubString(result, toUpper(lower));
+    for (const auto& [lower, upper] : kStatusTokens) {
+        eraseSubString(result, std::string(lower));
+        eraseSubString(result, std::string(upper));
     }
     return result;
 }
 
 std::string getHtmlErrorTemplate() {
-    static const std::string errorTemplate = "<html><title>%1</title><p>%2</p></html>";
-    return errorTemplate;
+    // A literal rather than a static string: nothing to build before first use or
+    // to destroy at exit.
+    return "<html><title>%1</title><p>%2</p></html>";
 }
 
 std::uint64_t maskString(const std::string& text) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
+#include "StringUtils/AsciiClass.h"
 #include "StringUtils/Case.h"
+#include "StringUtils/TextSearch.h"
 
 namespace StringUtils {
 
@@ -56,12 +58,11 @@ bool endsWithAny(const std::wstring& text, const std::vector<std::wstring>& suff
 bool startsWithCharacter(const std::string& text, char c) { return text.c_str()[0] == c; }
 
 bool startsWithDigit(const std::string& text) {
-    const char first = text.c_str()[0];
-    return first >= '0' && first <= '9';
+    return detail::isAsciiDigit(text.c_str()[0]);
 }
 
 bool findSubStringLocation(const std::string& text, const std::string& sub, size_t& position) {
-    const size_t found = text.find(sub);
+    const size_t found = detail::findPattern<char>(text, sub);
     if (found == std::string::npos) {
         return false;
     }
@@ -70,7 +71,7 @@ bool findSubStringLocation(const std::string& text, const std::string& sub, size
 }
 
 bool findSubStringCaseSensitive(const std::string& text, const std::string& sub) {
-    return text.find(sub) != std::string::npos;
+    return detail::findPattern<char>(text, sub) != std::string::npos;
 }
 
 bool findSubStringCaseInsensitive(const std::string& text, const std::string& sub) {
@@ -78,22 +79,7 @@ bool findSubStringCaseInsensitive(const std::string& text, const std::string& su
 }
 
 void eraseSubString(std::string& text, const std::string& sub) {
-    if (sub.empty()) {
-        return;  // the empty text is found again and again; nothing to erase
-    }
-    // Same result as erasing the leftmost occurrence until none is left, in one
-    // pass: the result is built in place behind the read position, and once its
-    // tail forms sub, that tail is the leftmost occurrence of the text still to
-    // be cleaned (the part before it has none), so it is dropped at once.
-    std::size_t kept = 0;
-    for (const char c : text) {
-        text[kept++] = c;
-        if (kept >= sub.size() && c == sub.back() &&
-            std::string_view(text).substr(kept - sub.size(), sub.size()) == sub) {
-            kept -= sub.size();
-        }
-    }
-    text.resize(kept);
+    detail::eraseAllOccurrences<char>(text, sub);
 }
 
 std::string replaceAll(const std::string& text, char from, char to) {

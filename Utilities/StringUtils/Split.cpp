@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "StringUtils/TextSearch.h"
 #include "StringUtils/Trim.h"
 
 namespace StringUtils {
@@ -13,12 +14,12 @@ using Views = std::vector<std::basic_string_view<CharT>>;
 
 // The one delimiter split behind every splitToViews and split: fields between
 // non-overlapping matches found left to right, the last field always taken, the
-// result sized once to expectedCount. Delimiter is a character or a string.
-template <typename CharT, typename Delimiter>
-Views<CharT> splitAt(std::basic_string_view<CharT> text, const Delimiter& delimiter,
+// result sized once to expectedCount. findFrom(text, position) finds the next
+// delimiter of delimiterLength elements.
+template <typename CharT, typename FindFrom>
+Views<CharT> splitAt(std::basic_string_view<CharT> text, size_t delimiterLength, FindFrom findFrom,
                      size_t expectedCount, bool skipEmpty) {
     Views<CharT> fields;
-    const size_t delimiterLength = SplitUtils::getLength(delimiter);
     if (text.empty()) {
         return fields;
     }
@@ -28,7 +29,7 @@ Views<CharT> splitAt(std::basic_string_view<CharT> text, const Delimiter& delimi
     }
     fields.reserve(expectedCount);
     size_t start = 0;
-    for (size_t match; (match = text.find(delimiter, start)) != text.npos;) {
+    for (size_t match; (match = findFrom(text, start)) != text.npos;) {
         if (!skipEmpty || match != start) {
             fields.push_back(text.substr(start, match - start));
         }
@@ -43,13 +44,21 @@ Views<CharT> splitAt(std::basic_string_view<CharT> text, const Delimiter& delimi
 template <typename CharT>
 Views<CharT> splitAtCharacter(std::basic_string_view<CharT> text, CharT delimiter, bool skipEmpty) {
     const auto count = static_cast<size_t>(std::count(text.begin(), text.end(), delimiter));
-    return splitAt(text, delimiter, count + 1, skipEmpty);
+    const auto findFrom = [delimiter](std::basic_string_view<CharT> all, size_t from) {
+        return all.find(delimiter, from);
+    };
+    return splitAt(text, 1, findFrom, count + 1, skipEmpty);
 }
 
 template <typename CharT>
 Views<CharT> splitAtString(std::basic_string_view<CharT> text,
                            const std::basic_string<CharT>& delimiter, bool skipEmpty) {
-    return splitAt(text, delimiter, SplitUtils::countWords(text, delimiter) + 1, skipEmpty);
+    detail::PatternFinder<CharT> finder(delimiter);
+    const auto findFrom = [&finder](std::basic_string_view<CharT> all, size_t from) {
+        return finder.find(all, from);
+    };
+    return splitAt(text, delimiter.size(), findFrom, SplitUtils::countWords(text, delimiter) + 1,
+                   skipEmpty);
 }
 
 // Pieces of chunkSize bytes, the rest last; chunkSize is compared with the length
@@ -71,6 +80,23 @@ Views<char> splitIntoChunks(std::string_view text, int chunkSize) {
         pieces.push_back(text.substr(fullPieces * size));
     }
     return pieces;
+}
+
+// Counts matches of delimiter as SplitUtils::countWords does, one finder for all.
+template <typename CharT>
+size_t countSpacedMatches(std::basic_string_view<CharT> text,
+                          std::basic_string_view<CharT> delimiter) {
+    detail::PatternFinder<CharT> finder(delimiter);
+    size_t count = 0;
+    for (size_t position = 0; position < text.size();) {
+        const size_t match = finder.find(text, position);
+        if (match == text.npos) {
+            break;
+        }
+        ++count;
+        position = match + delimiter.size() + 1;
+    }
+    return count;
 }
 
 }  // namespace
@@ -140,3 +166,15 @@ std::wstring join(const std::vector<std::wstring>& items, const std::wstring& se
 }
 
 }  // namespace StringUtils
+
+namespace SplitUtils {
+
+size_t countDelimiterMatches(std::string_view text, std::string_view delimiter) {
+    return StringUtils::countSpacedMatches(text, delimiter);
+}
+
+size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter) {
+    return StringUtils::countSpacedMatches(text, delimiter);
+}
+
+}  // namespace SplitUtils

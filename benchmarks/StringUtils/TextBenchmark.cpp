@@ -1,5 +1,5 @@
-// Splitting, trimming, number parsing and joining against the plain standard
-// library idioms they replace.
+// Splitting, searching, trimming, number parsing and joining against the plain
+// standard library idioms they replace.
 #include <benchmark/benchmark.h>
 
 #include <charconv>
@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "StringUtils/Extract.h"
 #include "StringUtils/NumberParsing.h"
+#include "StringUtils/Search.h"
 #include "StringUtils/Split.h"
 #include "StringUtils/Trim.h"
 
@@ -142,6 +144,118 @@ void joinItems(benchmark::State& state, bool ours) {
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * items.size()));
 }
 
+// Searching a caller-supplied pattern: the ordinary shape (a short pattern near
+// the end of 1 MB of words) and the hostile one (1 MB of 'a' against 'a' x 512 K
+// ending in 'b'), each against std::string::find in the same run.
+struct SearchShape {
+    std::string text;
+    std::string pattern;
+};
+
+SearchShape shortPatternShape() {
+    std::string text = bigCsv();
+    text.replace(text.size() - 64, 6, "needle");
+    return {std::move(text), "needle"};
+}
+
+SearchShape hostileShape() {
+    return {std::string(1 << 20, 'a'), std::string((1 << 19) - 1, 'a') + "b"};
+}
+
+std::vector<std::string> standardSplit(std::string_view text, std::string_view delimiter) {
+    std::vector<std::string> fields;
+    for (;;) {
+        const size_t match = text.find(delimiter);
+        fields.emplace_back(text.substr(0, match));
+        if (match == std::string_view::npos) {
+            return fields;
+        }
+        text.remove_prefix(match + delimiter.size());
+    }
+}
+
+// The erasure this library used before: one pass that compares the kept tail with
+// the pattern at every byte equal to the pattern's last one.
+void tailCompareErase(std::string& text, const std::string& sub) {
+    std::size_t kept = 0;
+    for (const char c : text) {
+        text[kept++] = c;
+        if (kept >= sub.size() && c == sub.back() &&
+            std::string_view(text).substr(kept - sub.size(), sub.size()) == sub) {
+            kept -= sub.size();
+        }
+    }
+    text.resize(kept);
+}
+
+enum class SearchOp { find, splitByString, erase, markers };
+
+void search(benchmark::State& state, const SearchShape& shape, SearchOp op, bool ours) {
+    const std::string& text = shape.text;
+    const std::string& pattern = shape.pattern;
+    for (auto _ : state) {
+        switch (op) {
+            case SearchOp::find: {
+                size_t position = 0;
+                benchmark::DoNotOptimize(
+                    ours ? StringUtils::findSubStringLocation(text, pattern, position)
+                         : text.find(pattern) != std::string::npos);
+                break;
+            }
+            case SearchOp::splitByString: {
+                auto fields = ours ? StringUtils::split(text, pattern, false)
+                                   : standardSplit(text, pattern);
+                benchmark::DoNotOptimize(fields.data());
+                break;
+            }
+            case SearchOp::erase: {
+                std::string copy = text;
+                ours ? StringUtils::eraseSubString(copy, pattern) : tailCompareErase(copy, pattern);
+                benchmark::DoNotOptimize(copy.data());
+                break;
+            }
+            case SearchOp::markers: {
+                std::string between;
+                if (ours) {
+                    between = StringUtils::substr(text, "a", pattern);
+                } else {
+                    const size_t begin = text.find('a') + 1;
+                    const size_t end = text.find(pattern, begin);
+                    between = text.substr(begin, end == std::string::npos ? end : end - begin);
+                }
+                benchmark::DoNotOptimize(between.data());
+                break;
+            }
+        }
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
+}
+
+void registerSearches() {
+    static const SearchShape ordinary = shortPatternShape();
+    static const SearchShape hostile = hostileShape();
+    static const SearchShape commaSpace = {bigCsv(), ",a"};
+    const std::pair<const char*, SearchOp> ops[] = {{"find", SearchOp::find},
+                                                    {"split by string", SearchOp::splitByString},
+                                                    {"eraseSubString", SearchOp::erase},
+                                                    {"substr by markers", SearchOp::markers}};
+    for (const auto& [name, op] : ops) {
+        const SearchShape& usual = op == SearchOp::find ? ordinary : commaSpace;
+        const std::string base = std::string(name);
+        const auto named = [&base](const char* suffix) { return base + suffix; };
+        benchmark::RegisterBenchmark(named("/short pattern 1MB/ours").c_str(), search, usual, op,
+                                     true);
+        benchmark::RegisterBenchmark(named("/short pattern 1MB/baseline").c_str(), search, usual,
+                                     op, false);
+        benchmark::RegisterBenchmark(named("/hostile 1MB+512KB/ours").c_str(), search, hostile, op,
+                                     true);
+        // The quadratic baseline takes seconds per run: one is enough.
+        benchmark::RegisterBenchmark(named("/hostile 1MB+512KB/baseline").c_str(), search, hostile,
+                                     op, false)
+            ->Iterations(1);
+    }
+}
+
 const bool registered = [] {
     const std::string big = bigCsv();
     benchmark::RegisterBenchmark("split/csv line/ours", splitLine, kCsvLine, 0);
@@ -155,6 +269,7 @@ const bool registered = [] {
     benchmark::RegisterBenchmark("trim/ours", trimOurs);
     benchmark::RegisterBenchmark("trim/baseline", trimBaseline);
     registerParsers();
+    registerSearches();
     benchmark::RegisterBenchmark("join/64KB of fields/ours", joinItems, true);
     benchmark::RegisterBenchmark("join/64KB of fields/baseline", joinItems, false);
     return true;

@@ -56,6 +56,11 @@ TEST(Numbers, Parsers) {
     check<unsigned long long>(inBase(10), 9, {{"-1", true, ULLONG_MAX},
         {"18446744073709551616", false, 9}});
     check<unsigned long long>(inBase(0), 9, {{"0x10", true, 16}, {"010", true, 8}});
+    // A base strtoull cannot use is no number, whatever the text.
+    for (const int base : {1, 37, -1, INT_MIN}) {
+        SCOPED_TRACE(base);
+        check<unsigned long long>(inBase(base), 9, {{"10", false, 9}, {"", false, 9}});
+    }
     check<unsigned short>(toInteger16, 9, {{"65535", true, 65535}, {"65536", false, 9},
         {"-1", true, 65535}, {"1 ", false, 9}, {"", false, 9}});
     check<unsigned char>(toInteger8, 9, {{"255", true, 255}, {"256", false, 9}, {"-1", true, 255}});

@@ -7,18 +7,22 @@
 namespace StringUtils {
 
 // Every byte (narrow) or element (wide, taken whole) through tolower / toupper.
+// Locale: these follow the process's current C locale (LC_CTYPE), which the
+// library never changes; in the classic locale only A-Z / a-z change, under
+// tr_TR.UTF-8 glibc leaves i and I alone. Elements above 0xFF never change.
 // Never fail.
 std::string toLower(const std::string& text);
 std::string toUpper(const std::string& text);
 std::wstring toLower(const std::wstring& text);
 std::wstring toUpper(const std::wstring& text);
 
-// A copy with only the byte at index through toupper; unchanged when index is
-// past the end. Never fails.
+// A copy with only the byte at index through toupper, under the process's
+// current C locale as toUpper; unchanged when index is past the end. Never fails.
 std::string toUpper(const std::string& text, unsigned long index);
 
 // Every element through the wide case facet of the user's locale (the locale
-// named by the environment, built on each call). When that locale cannot be built
+// named by the environment, built on each call; the process's global locale plays
+// no part). When that locale cannot be built
 // or has no such facet, falls back to the C tolower / toupper of each element's
 // whole value. Never fail.
 std::wstring toLowerWithLocal(const std::wstring& text);

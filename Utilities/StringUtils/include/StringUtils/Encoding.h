@@ -3,7 +3,6 @@
 // above U+FFFF). No byte-order mark is read or written: a leading U+FEFF is text.
 #pragma once
 
-#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -40,11 +39,14 @@ extern template class Converter<wchar_t>;
 
 namespace StringUtils {
 
-// The two process-wide converters, built during static initialisation and never
-// replaced: `converter` serves fromUtf16String, `converterToString` every wide
-// conversion of the library.
-extern std::unique_ptr<Converter<char16_t>> converter;
-extern std::unique_ptr<Converter<wchar_t>> converterToString;
+// The two process-wide converters: `converter` serves fromUtf16String,
+// `converterToString` every wide conversion of the library. Each is built on its
+// first use, under the runtime's thread-safe one-time initialisation, and never
+// destroyed, so every conversion works from a client's static initialiser (in
+// any link order) and from threads that outlive main. Throw only std::bad_alloc,
+// on the first call.
+Converter<char16_t>& converter();
+Converter<wchar_t>& converterToString();
 
 // UTF-8 form of text up to its first zero code unit. Throws the to_bytes
 // std::range_error for malformed UTF-16; text must not be null.

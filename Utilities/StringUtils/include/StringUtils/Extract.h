@@ -15,7 +15,8 @@ std::string substr(const std::string& text, unsigned int start, unsigned long co
 
 // The text after the first startMarker (from 0 when it is empty) up to the next
 // endMarker, or to the end when endMarker does not follow. Empty string when
-// startMarker does not occur or endMarker is empty.
+// startMarker does not occur or endMarker is empty. Both markers are searched in
+// time linear in the lengths of text and marker.
 std::string substr(const std::string& text, const std::string& startMarker,
                    const std::string& endMarker);
 

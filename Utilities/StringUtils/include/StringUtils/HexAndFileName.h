@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace StringUtils {
 
@@ -13,5 +14,9 @@ std::string toHexString(int value);
 // The text after the last '/' or '\\' of path, or the whole path when it has
 // neither: "a\\b/c" -> "c", "logs/" -> "". Never fails.
 std::string filenameFromPath(const std::string& path);
+
+// filenameFromPath as a view into path, for callers that must not allocate.
+// Never fails; async-signal-safe.
+std::string_view lastPathComponent(std::string_view path) noexcept;
 
 }  // namespace StringUtils

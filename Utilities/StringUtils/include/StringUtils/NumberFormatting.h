@@ -1,4 +1,10 @@
 // Numbers and booleans as text, and printf-style formatting into a string.
+//
+// Locale: the three number formatters write through a default string stream, so
+// they follow the process's global C++ locale, which the library never changes:
+// no grouping and a decimal point in the classic locale, "1.234.567" and "0,5"
+// under de_DE.UTF-8. The printf-style functions follow the C locale as printf
+// does (only the decimal separator of floating-point conversions).
 #pragma once
 
 #include <string>
@@ -6,15 +12,17 @@
 
 namespace StringUtils {
 
-// Decimal text with a minus sign for negative values. Never fails.
+// Decimal text with a minus sign for negative values, grouped as the global
+// locale groups digits. Never fails.
 std::string toQuillString(int value);
 
-// Decimal text of the full unsigned 64-bit range. Never fails.
+// Decimal text of the full unsigned 64-bit range, grouped as the global locale
+// groups digits. Never fails.
 std::string uint64ToQuillString(unsigned long long value);
 
 // The value as printf("%g") writes it: at most six significant digits, no
 // trailing zeros, the exponent form below 1e-4 and from 1e6 on, "inf", "-inf",
-// "nan". Never fails.
+// "nan", with the global locale's decimal separator. Never fails.
 std::string floatToQuillString(float value);
 
 // "true" or "false". Never fails.

@@ -12,7 +12,10 @@ namespace StringUtils {
 // The parsers over std::stod / stoll / stol / stoi (base 10). value is zeroed
 // first; empty text, no number at the start or a value out of range give false
 // with value 0; characters after the number give false with value holding the
-// number read.
+// number read. Locale: toDouble reads the decimal separator of the process's
+// current C locale (LC_NUMERIC; "1,5" under de_DE.UTF-8, "1.5" in the classic
+// locale), which the library never changes. Every other parser of this file
+// gives the same result in every locale.
 bool toDouble(const std::string& text, double& value);
 bool toLongLongInteger(const std::string& text, long long& value);
 bool toLongInteger(const std::string& text, long& value);

@@ -25,6 +25,9 @@ bool startsWithCharacter(const std::string& text, char c);
 // The first byte is an ASCII digit; false for an empty text.
 bool startsWithDigit(const std::string& text);
 
+// Every search for sub below takes time linear in the lengths of text and sub,
+// whatever their content.
+
 // True with position set to the first occurrence of sub (0 for an empty sub);
 // false with position untouched when sub does not occur.
 bool findSubStringLocation(const std::string& text, const std::string& sub, size_t& position);
@@ -32,7 +35,9 @@ bool findSubStringLocation(const std::string& text, const std::string& sub, size
 // True when sub is empty or occurs in text.
 bool findSubStringCaseSensitive(const std::string& text, const std::string& sub);
 
-// As findSubStringCaseSensitive after byte-wise toLower of both texts.
+// As findSubStringCaseSensitive after byte-wise toLower of both texts, so which
+// letters compare without regard to case follows the process's current C locale
+// (ASCII letters in the classic locale; not I and i under tr_TR.UTF-8).
 bool findSubStringCaseInsensitive(const std::string& text, const std::string& sub);
 
 // Removes sub from text until it no longer occurs, including occurrences that an

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace SplitUtils {
@@ -21,19 +22,29 @@ inline size_t getLength(const std::wstring& delimiter) { return delimiter.size()
 // A cheap estimate of the delimiter matches in text, used to size a split's result
 // once: matches that start right after the previous one are not counted, and an
 // empty delimiter counts every element. 0 for an empty text. Never fails.
+// countWords for a string delimiter, searched in time linear in text and
+// delimiter. Throws only std::bad_alloc.
+size_t countDelimiterMatches(std::string_view text, std::string_view delimiter);
+size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter);
+
 template <typename Text, typename Delimiter>
 size_t countWords(const Text& text, const Delimiter& delimiter) {
-    size_t count = 0;
-    const size_t length = getLength(delimiter);
-    for (size_t position = 0; position < text.size();) {
-        const size_t match = text.find(delimiter, position);
-        if (match == Text::npos) {
-            break;
+    using CharT = typename Text::value_type;
+    if constexpr (std::is_same_v<Delimiter, CharT>) {
+        size_t count = 0;
+        for (size_t position = 0; position < text.size();) {
+            const size_t match = text.find(delimiter, position);
+            if (match == Text::npos) {
+                break;
+            }
+            ++count;
+            position = match + 2;
         }
-        ++count;
-        position = match + length + 1;
+        return count;
+    } else {
+        return countDelimiterMatches(std::basic_string_view<CharT>(text),
+                                     std::basic_string_view<CharT>(delimiter));
     }
-    return count;
 }
 
 }  // namespace SplitUtils
@@ -48,7 +59,8 @@ std::vector<std::string_view> splitToViews(const std::string_view& text, char de
                                            bool skipEmpty);
 std::vector<std::wstring_view> splitToViews(const std::wstring& text, wchar_t delimiter,
                                             bool skipEmpty);
-// An empty delimiter gives the whole text as the only field.
+// An empty delimiter gives the whole text as the only field. The delimiter is
+// searched in time linear in text and delimiter, whatever their content.
 std::vector<std::string_view> splitToViews(const std::string& text, const std::string& delimiter,
                                            bool skipEmpty);
 std::vector<std::string_view> splitToViews(const std::string_view& text,

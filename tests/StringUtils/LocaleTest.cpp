@@ -1,0 +1,113 @@
+// What the process's global locale reaches: the stream formatters, std::stod and
+// the byte-wise case functions follow it; every other function gives the same
+// result in every locale.
+#include <gtest/gtest.h>
+
+#include <cctype>
+#include <functional>
+
+#include "StringUtils/StringUtils.h"
+#include "TestLocale.h"
+
+namespace {
+
+using namespace StringUtils;
+
+const char* const kLocales[] = {"tr_TR.UTF-8", "de_DE.UTF-8"};
+
+struct Probe {
+    const char* name;
+    std::function<std::string()> run;
+};
+
+template <typename T>
+std::string shown(const T& value) {
+    return testing::PrintToString(value);
+}
+
+// Capital I and lower-case i are where a Turkish locale differs from ASCII;
+// de_DE differs in digit grouping and the decimal comma.
+const Probe kLocaleFree[] = {
+    {"sanatizeStatusString",
+     [] { return sanatizeStatusString("a<SCRIPT>b<IMG SRC=x><HTML><A HREF=y>\tc"); }},
+    {"toBool", [] { return shown(toBool("TRUE")) + shown(toBool("tRuE")); }},
+    {"parsers",
+     [] {
+         int i = 0;
+         unsigned long long u = 0;
+         int h = 0;
+         return shown(toInteger(" 1234567", i)) + shown(i) + shown(toUnsignedLongLong("FF", u, 16)) +
+                shown(u) + shown(hexStringViewToInteger("fF", h)) + shown(h);
+     }},
+    {"isNumberAnonymousOrEmpty",
+     [] { return shown(isNumberAnonymousOrEmpty("ANONYMOUS")) + shown(isNumberAnonymousOrEmpty("Unknown")); }},
+    {"addresses",
+     [] {
+         return shown(isValidSipUri("sip:IVI@ISTANBUL.EXAMPLE.COM")) +
+                shown(isValidEmail("IVI@IZMIR.IO")) + shown(isValidDiscoveryCode("I1I1I1")) +
+                reformatMACaddress("AA:BB:CC:DD:EE:FI", "-");
+     }},
+    {"phone numbers",
+     [] {
+         return convertPhonewordToPhoneNumber("1800FLIGHTS") + shown(isPhoneNumber("+1 (800) I", true)) +
+                sanitizeCallString("+1 800 INFO\xC4\xB0", true) + shown(isValidPhoneNumber("+123456789", 7));
+     }},
+    {"text",
+     [] {
+         return trim("\xC2\xA0 I \xA0") + shown(split("I,i", ',', false)) +
+                shown(wordWrapString("Ii Ii Ii", 5)) + shown(findSubStringCaseSensitive("FILE", "I")) +
+                escapeCharacters("Ii", "I", '\\') + shown(greaterVersion("1.10", "1.9")) +
+                toHexString(-1) + toString(toWString("\xC4\xB0\xC4\xB1"));
+     }},
+};
+
+TEST(Locale, OtherFunctionsIgnoreTheLocale) {
+    std::vector<std::string> classic;
+    for (const Probe& probe : kLocaleFree) {
+        classic.push_back(probe.run());
+    }
+    for (const char* name : kLocales) {
+        const ScopedGlobalLocale locale(name);
+        if (!locale.active()) {
+            GTEST_SKIP() << name << " is unavailable and localedef could not build it";
+        }
+        for (size_t i = 0; i < std::size(kLocaleFree); ++i) {
+            EXPECT_EQ(kLocaleFree[i].run(), classic[i]) << kLocaleFree[i].name << " under " << name;
+        }
+    }
+}
+
+// The byte-wise case functions map each byte through the platform's toupper and
+// tolower under the current locale, so under tr_TR.UTF-8 the letter i need not
+// have an ASCII capital (glibc leaves i and I alone).
+TEST(Locale, ByteWiseCaseFollowsTheLocale) {
+    const ScopedGlobalLocale locale("tr_TR.UTF-8");
+    if (!locale.active()) {
+        GTEST_SKIP() << "tr_TR.UTF-8 is unavailable and localedef could not build it";
+    }
+    const std::string upperI(1, static_cast<char>(std::toupper('i')));
+    const std::string lowerI(1, static_cast<char>(std::tolower('I')));
+    EXPECT_EQ(toUpper("title"), "T" + upperI + "TLE");
+    EXPECT_EQ(toLower("TITLE"), "t" + lowerI + "tle");
+    EXPECT_EQ(toUpper("file", 1), "f" + upperI + "le");
+    EXPECT_EQ(findSubStringCaseInsensitive("FILE", "file"), lowerI == "i");
+    EXPECT_TRUE(findSubStringCaseInsensitive("FOLDER", "folder"));
+}
+
+// Stream formatters group digits and write the locale's decimal separator;
+// toDouble reads the locale's decimal separator.
+TEST(Locale, NumbersFollowTheLocale) {
+    const ScopedGlobalLocale locale("de_DE.UTF-8");
+    if (!locale.active()) {
+        GTEST_SKIP() << "de_DE.UTF-8 is unavailable and localedef could not build it";
+    }
+    EXPECT_EQ(toQuillString(-1234567) + " " + uint64ToQuillString(1000) + " " +
+                  floatToQuillString(0.5F),
+              "-1.234.567 1.000 0,5");
+    double value = 0;
+    EXPECT_TRUE(toDouble("1,5", value));
+    EXPECT_EQ(value, 1.5);
+    EXPECT_FALSE(toDouble("1.5", value));
+}
+
+}  // namespace
