@@ -1,5 +1,7 @@
 #include "Strand/ContextStore.h"
 
+#include "Strand/ContextHelpers.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -26,7 +28,7 @@ void context_store::addEntry(const std::string& text) { updateStore(false, text)
 
 void context_store::addHeader(const std::string& text) { updateStore(true, text); }
 
-long context_store::toEpochMilliseconds(std::chrono::system_clock::time_point time) {
+long toEpochMilliseconds(std::chrono::system_clock::time_point time) {
     // duration_cast truncates toward zero.
     return static_cast<long>(
         std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count());

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "RandomUtils/RandomUtils.h"
+#include "Strand/ContextHelpers.h"
 #include "Strand/SourceLocation.h"
 
 namespace quill::external_input {
@@ -62,7 +63,7 @@ scoped_hint hint::createExternalInputHint(const std::string& hintName) {
     return {formatHintIdString(value), hintName};
 }
 
-std::string hint::formatHintIdString(int value) {
+std::string formatHintIdString(int value) {
     // A right-aligned field of width 6 filled with '0': the fill goes in front
     // of the whole number, sign included.
     constexpr std::size_t kWidth = 6;

@@ -3,6 +3,7 @@
 #include <iomanip>
 
 #include "RandomUtils/RandomUtils.h"
+#include "Strand/ContextHelpers.h"
 #include "TestSupport.h"
 
 std::size_t allocationsOnThisThread();  // through operator new, so far
@@ -10,6 +11,8 @@ std::size_t allocationsOnThisThread();  // through operator new, so far
 namespace {
 
 using quill::external_input::context_store;
+using quill::external_input::formatHintIdString;
+using quill::external_input::toEpochMilliseconds;
 using quill::external_input::hint;
 using quill::source::location;
 
@@ -27,7 +30,7 @@ TEST(ContextStore, KeepsTheFirstHundredRecordsAndFollowsItsOwner) {
         auto store = context_store::getOrCreateStore();
         EXPECT_EQ(context_store::getOrCreateStore(), store);
         EXPECT_TRUE(store->getEntries().empty());
-        long previous = context_store::toEpochMilliseconds(std::chrono::system_clock::now());
+        long previous = toEpochMilliseconds(std::chrono::system_clock::now());
         for (int i = 0; i < 101; ++i) {
             i % 2 == 0 ? store->addHeader(std::to_string(i)) : store->addEntry(std::to_string(i));
         }
@@ -38,13 +41,13 @@ TEST(ContextStore, KeepsTheFirstHundredRecordsAndFollowsItsOwner) {
             EXPECT_EQ(std::tie(isHeader, text), std::tuple(i % 2 == 0, std::to_string(i)));
             EXPECT_GE(timestamp, std::exchange(previous, timestamp));
         }
-        EXPECT_LE(previous, context_store::toEpochMilliseconds(std::chrono::system_clock::now()));
+        EXPECT_LE(previous, toEpochMilliseconds(std::chrono::system_clock::now()));
         store.reset();
         EXPECT_TRUE(context_store::getStore().expired() && !isEmptyRef(context_store::getStore()));
         EXPECT_TRUE(context_store::getOrCreateStore()->getEntries().empty()) << "a new store";
     });
     const std::chrono::system_clock::time_point time{std::chrono::microseconds(1700000000123456)};
-    EXPECT_EQ(context_store::toEpochMilliseconds(time), 1700000000123);
+    EXPECT_EQ(toEpochMilliseconds(time), 1700000000123);
 }
 
 TEST(ContextStore, ReadersSeeOnlyFilledSlotsWhileWritersAdd) {
@@ -102,7 +105,7 @@ TEST(ExternalInputHint, IdsScopesNamesAndCopies) {
         {0, "hint000000"},           {42017, "hint042017"}, {999999, "hint999999"},
         {1234567, "hint1234567"},    {-5, "hint0000-5"},    {-12345, "hint-12345"},
         {INT_MIN, "hint-2147483648"}};
-    for (const auto& [id, text] : ids) EXPECT_EQ(hint::formatHintIdString(id), text);
+    for (const auto& [id, text] : ids) EXPECT_EQ(formatHintIdString(id), text);
 }
 
 TEST(ExternalInputHint, ConcurrentCreationsCountEveryHint) {

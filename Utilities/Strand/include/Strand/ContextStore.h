@@ -13,7 +13,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <string>
 #include <tuple>
@@ -59,9 +58,6 @@ public:
     // writer is still filling it is skipped, never waited for, so a reader
     // never blocks. Throws only what allocation throws.
     STRAND_EXPORT std::vector<entry> getEntries() const;
-
-    // Whole milliseconds since the epoch, truncated toward zero. Internal.
-    static long toEpochMilliseconds(std::chrono::system_clock::time_point time);
 
 private:
     friend class hint;

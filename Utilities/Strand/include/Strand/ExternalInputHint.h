@@ -69,11 +69,6 @@ public:
     // throws (std::bad_function_call when it is empty) and allocation errors.
     STRAND_EXPORT static scoped_hint createExternalInputHint(const std::string& name);
 
-    // "hint" and value in decimal, zero-filled in front to six characters, sign
-    // included: 42017 -> "hint042017", -5 -> "hint0000-5"; longer values are not
-    // cut. Throws only allocation errors. Internal.
-    static std::string formatHintIdString(int value);
-
     // Carries location's context over to the calling thread: its hint, unless
     // the thread's id already equals the hint's id, and its context store, if
     // that is still alive. Saves nothing. Throws only what copying text throws.

@@ -1,0 +1,39 @@
+# Settings that every Strand library is built with. They are set on the targets,
+# never on the directory, so a project that embeds Strand keeps its own flags.
+set(STRAND_WARNING_OPTIONS -Wall -Wextra -Wpedantic -Wshadow)
+if(STRAND_WARNINGS_AS_ERRORS)
+  list(APPEND STRAND_WARNING_OPTIONS -Werror)
+endif()
+
+# C++20 (also required of every consumer, through the target's interface),
+# no compiler extensions, hidden symbols unless marked for export, and
+# position-independent code, so that the static libraries link into libStrand
+# and into a client's shared libraries alike.
+function(strand_library_settings target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(${target} PRIVATE ${STRAND_WARNING_OPTIONS})
+endfunction()
+
+# A static library of the code base, installed as the package component
+# <component> and known to clients as Strand::<component>. Its public headers
+# are those under include/ of the calling directory; its sources also reach
+# the internal headers through the Utilities root.
+function(strand_add_static_library target component)
+  add_library(${target} STATIC ${ARGN})
+  add_library(Strand::${component} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${component}
+    OUTPUT_NAME ${component})
+  strand_library_settings(${target})
+  file(GLOB_RECURSE public_headers CONFIGURE_DEPENDS
+    ${CMAKE_CURRENT_SOURCE_DIR}/include/*.h)
+  target_sources(${target} PUBLIC FILE_SET HEADERS
+    BASE_DIRS ${CMAKE_CURRENT_SOURCE_DIR}/include
+    FILES ${public_headers})
+  target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/Utilities)
+endfunction()
