@@ -12,9 +12,11 @@
 #include <string_view>
 
 #include <locale.h>
-#if __has_include(<sanitizer/lsan_interface.h>)
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
 #include <sanitizer/lsan_interface.h>
 #define STRAND_FUZZ_HAS_LSAN 1
+#endif
 #endif
 
 namespace fuzzcheck {

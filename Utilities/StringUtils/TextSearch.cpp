@@ -117,23 +117,28 @@ void eraseAllOccurrences(std::basic_string<CharT>& text, std::basic_string_view<
     //
     // Directly first: compare the kept tail with the pattern wherever the element
     // just kept equals the pattern's last one, counting the cost of the checks.
+    // Through plain pointers and locals: a store through the string's elements
+    // could otherwise alias its size and the pattern, and force reloads.
+    CharT* const data = text.data();
+    const std::size_t size = text.size();
+    const CharT* const wanted = pattern.data();
+    const CharT last = wanted[m - 1];
     std::size_t kept = 0;
     std::size_t read = 0;
     std::size_t checks = 0;
-    bool direct = true;
-    while (direct && read < text.size()) {
-        const CharT c = text[read++];
-        text[kept++] = c;
-        if (c == pattern[m - 1] && kept >= m) {
-            if (Traits::compare(text.data() + kept - m, pattern.data(), m) == 0) {
+    for (; read < size; ++read) {
+        const CharT c = data[read];
+        data[kept++] = c;
+        if (c == last && kept >= m) {
+            if (Traits::compare(data + kept - m, wanted, m) == 0) {
                 kept -= m;
-            } else {
-                checks += m;
-                direct = checks <= kChecksPerElement * read + kCheckSlack;
+            } else if ((checks += m) > kChecksPerElement * read + kCheckSlack) {
+                ++read;
+                break;
             }
         }
     }
-    if (direct) {
+    if (read == size && checks <= kChecksPerElement * size + kCheckSlack) {
         text.resize(kept);
         return;
     }

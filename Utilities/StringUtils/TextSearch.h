@@ -52,8 +52,8 @@ std::size_t findPattern(std::basic_string_view<CharT> text, std::basic_string_vi
 
 // Removes the leftmost occurrence of pattern from text and searches again from
 // the start, until none is left (so occurrences formed by a removal go too), in
-// one linear pass. An empty pattern leaves text unchanged. Throws only
-// std::bad_alloc.
+// place and in time linear in text and pattern. An empty pattern leaves text
+// unchanged. Throws only std::bad_alloc.
 template <typename CharT>
 void eraseAllOccurrences(std::basic_string<CharT>& text, std::basic_string_view<CharT> pattern);
 

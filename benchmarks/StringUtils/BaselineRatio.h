@@ -18,7 +18,11 @@ public:
             if (run.error_occurred || run.run_type != Run::RT_Iteration) {
                 continue;
             }
-            const std::string name = run.benchmark_name();
+            std::string name = run.benchmark_name();
+            // A fixed iteration count shows as a last "/iterations:N" part.
+            if (const size_t fixed = name.rfind("/iterations:"); fixed != std::string::npos) {
+                name.erase(fixed);
+            }
             const size_t slash = name.rfind('/');
             if (slash == std::string::npos) {
                 continue;
