@@ -35,7 +35,7 @@ constexpr std::string_view kToBytes = "wstring_convert: to_bytes error";
 void checkUtf8(const std::string& text) {
     const bool wellFormed = reference::isWellFormedUtf8(text);
     const auto wide = unlessRangeError([&] { return toWString(text); }, kFromBytes);
-    const auto units = unlessRangeError([&] { return converter().from_bytes(text); }, kFromBytes);
+    const auto units = unlessRangeError([&] { return converter->from_bytes(text); }, kFromBytes);
     require(wide.has_value() == wellFormed && units.has_value() == wellFormed,
             "UTF-8 decodes exactly when it is well-formed");
     if (!wellFormed) {
@@ -45,25 +45,25 @@ void checkUtf8(const std::string& text) {
                 std::equal(wide->begin(), wide->end(), units->begin(), units->end()),
             "decoding gives well-formed UTF-16, wide and char16_t alike");
     require(toString(*wide) == text && toString(std::wstring_view(*wide)) == text &&
-                converter().to_bytes(*units) == text,
+                converter->to_bytes(*units) == text,
             "re-encoding gives the bytes back");
 }
 
 void checkUtf16(const std::u16string& units, const std::wstring& wide) {
     const bool wellFormed = reference::isWellFormedUtf16<char16_t>(units);
-    const auto bytes = unlessRangeError([&] { return converter().to_bytes(units); }, kToBytes);
+    const auto bytes = unlessRangeError([&] { return converter->to_bytes(units); }, kToBytes);
     const auto wideBytes = unlessRangeError([&] { return toString(wide); }, kToBytes);
     require(bytes.has_value() == wellFormed && wideBytes == bytes,
             "UTF-16 encodes exactly when it is well-formed, wide and char16_t alike");
     if (!wellFormed) {
         return;
     }
-    require(reference::isWellFormedUtf8(*bytes) && converter().from_bytes(*bytes) == units,
+    require(reference::isWellFormedUtf8(*bytes) && converter->from_bytes(*bytes) == units,
             "encoding gives well-formed UTF-8 that decodes back");
     // The pointer forms stop at the first zero unit.
     const std::u16string head = units.substr(0, units.find(u'\0'));
     if (reference::isWellFormedUtf16<char16_t>(head)) {
-        require(fromUtf16String(units.c_str()) == converter().to_bytes(head) &&
+        require(fromUtf16String(units.c_str()) == converter->to_bytes(head) &&
                     toString(wide.c_str()) == fromUtf16String(units.c_str()),
                 "the pointer forms convert up to the first zero unit");
     }

@@ -45,7 +45,7 @@
 #include <new>
 #include <utility>
 
-#include "Strand/NoDestructor.h"
+#include "Support/NoDestructor.h"
 #include "Strand/Platform.h"
 
 namespace Strand {
@@ -80,7 +80,7 @@ struct SignalContext {
 };
 
 // Lets one cross-thread call through at a time; also guards gRetired.
-constinit NoDestructor<std::mutex> gSignalMutex;  // NOLINT(cert-err58-cpp): constexpr, noexcept
+constinit quill::NoDestructor<std::mutex> gSignalMutex;  // NOLINT(cert-err58-cpp): constexpr, noexcept
 // The published call: the generation of the publication in the upper 32 bits
 // and the target's numeric id in the lower ones; 0 once claimed or withdrawn.
 // The generation keeps a handler that read an older publication from claiming a

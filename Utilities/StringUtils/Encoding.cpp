@@ -2,7 +2,9 @@
 
 #include <cwchar>
 
+#include "StringUtils/SharedConverters.h"
 #include "StringUtils/Utf16Codec.h"
+#include "Support/NoDestructor.h"
 
 template <typename T>
 std::string Converter<T>::to_bytes(const std::basic_string_view<T>& text) {
@@ -21,32 +23,60 @@ template class Converter<wchar_t>;
 
 namespace StringUtils {
 
-// Function-local and deliberately leaked: nothing runs before first use, and a
-// thread converting during exit never meets a destroyed lock. The pointer keeps
-// the object reachable for leak checkers.
-Converter<char16_t>& converter() {
-    static Converter<char16_t>* const instance = new Converter<char16_t>();
+namespace {
+
+// The converters and the pointers that own them are never destroyed: a thread
+// converting during exit never meets a destroyed lock, and since the pointers
+// are never destroyed they never delete the objects they point to. The
+// converters are constant-initialised; each pointer is set on the first use of
+// its accessor, at the latest by this file's own static initialiser.
+constinit quill::NoDestructor<Converter<char16_t>> gUtf16Converter;
+constinit quill::NoDestructor<Converter<wchar_t>> gWideConverter;
+constinit quill::NoDestructor<std::unique_ptr<Converter<char16_t>>> gUtf16ConverterOwner;
+constinit quill::NoDestructor<std::unique_ptr<Converter<wchar_t>>> gWideConverterOwner;
+
+}  // namespace
+
+constinit std::unique_ptr<Converter<char16_t>>& converter = *gUtf16ConverterOwner;
+constinit std::unique_ptr<Converter<wchar_t>>& converterToString = *gWideConverterOwner;
+
+Converter<char16_t>& utf16Converter() {
+    static Converter<char16_t>* const instance = [] {
+        converter.reset(gUtf16Converter.get());
+        return converter.get();
+    }();
     return *instance;
 }
 
-Converter<wchar_t>& converterToString() {
-    static Converter<wchar_t>* const instance = new Converter<wchar_t>();
+Converter<wchar_t>& wideConverter() {
+    static Converter<wchar_t>* const instance = [] {
+        converterToString.reset(gWideConverter.get());
+        return converterToString.get();
+    }();
     return *instance;
 }
+
+namespace {
+
+// Sets both pointers during start-up, first converter, then converterToString,
+// for code that uses them directly.
+[[maybe_unused]] const bool gConvertersSet = (utf16Converter(), wideConverter(), true);
+
+}  // namespace
 
 std::string fromUtf16String(const char16_t* text) {
-    return converter().to_bytes(std::u16string_view(text));
+    return utf16Converter().to_bytes(std::u16string_view(text));
 }
 
 std::string toString(const wchar_t* text) {
-    return converterToString().to_bytes(std::wstring_view(text, std::wcslen(text)));
+    return wideConverter().to_bytes(std::wstring_view(text, std::wcslen(text)));
 }
 
-std::string toString(const std::wstring_view& text) { return converterToString().to_bytes(text); }
+std::string toString(const std::wstring_view& text) { return wideConverter().to_bytes(text); }
 
-std::string toString(const std::wstring& text) { return converterToString().to_bytes(text); }
+std::string toString(const std::wstring& text) { return wideConverter().to_bytes(text); }
 
-std::wstring toWString(const std::string& text) { return converterToString().from_bytes(text); }
+std::wstring toWString(const std::string& text) { return wideConverter().from_bytes(text); }
 
 std::string toString(const std::string& text) { return text; }
 

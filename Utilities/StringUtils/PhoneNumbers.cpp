@@ -2,6 +2,7 @@
 
 #include "StringUtils/Encoding.h"
 #include "StringUtils/PatternMatchers.h"
+#include "StringUtils/SharedConverters.h"
 #include "StringUtils/Split.h"
 
 #include <algorithm>
@@ -75,12 +76,12 @@ std::string sanitizePhoneNumber(std::string number, bool longestCommaPart, bool 
 // Takes its text by value like the other clean-up functions of this family.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::string sanitizeCallString(std::string callString, bool allowLetters) {
-    std::wstring wide = converterToString().from_bytes(callString);
+    std::wstring wide = wideConverter().from_bytes(callString);
     const auto cut = wide.find_first_not_of(callStringCharacters(allowLetters));
     if (cut != std::wstring::npos) {
         wide.erase(cut);
     }
-    return converterToString().to_bytes(wide);
+    return wideConverter().to_bytes(wide);
 }
 
 std::string removeExtraZeroPhrase(std::string number) {

@@ -27,7 +27,7 @@ TEST(Encoding, Wrappers) {
     const std::wstring wide(L"\xFEFF\x61\xE9\0\xD83D\xDE00", 6);
     EXPECT_EQ(toWString(utf8), wide);
     EXPECT_EQ(toString(wide) + toString(std::wstring_view(wide)), utf8 + utf8);
-    EXPECT_EQ(converter().from_bytes(utf8), std::u16string(wide.begin(), wide.end()));
+    EXPECT_EQ(converter->from_bytes(utf8), std::u16string(wide.begin(), wide.end()));
     EXPECT_EQ(toString(wide.c_str()) + fromUtf16String(u"\xFEFF\x61\xE9\0z"), head + head);
     EXPECT_TRUE(toWString("").empty() && toString(std::wstring()).empty() &&
                 fromUtf16String(u"").empty());

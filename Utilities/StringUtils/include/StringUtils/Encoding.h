@@ -3,6 +3,7 @@
 // above U+FFFF). No byte-order mark is read or written: a leading U+FEFF is text.
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -13,7 +14,7 @@
 template <typename T>
 class Converter {
 public:
-    Converter() = default;
+    constexpr Converter() = default;
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
@@ -40,13 +41,12 @@ extern template class Converter<wchar_t>;
 namespace StringUtils {
 
 // The two process-wide converters: `converter` serves fromUtf16String,
-// `converterToString` every wide conversion of the library. Each is built on its
-// first use, under the runtime's thread-safe one-time initialisation, and never
-// destroyed, so every conversion works from a client's static initialiser (in
-// any link order) and from threads that outlive main. Throw only std::bad_alloc,
-// on the first call.
-Converter<char16_t>& converter();
-Converter<wchar_t>& converterToString();
+// `converterToString` every wide conversion of the library. Both exist before
+// any dynamic initialisation runs and are never destroyed, so every conversion
+// works from a client's static initialiser (in any link order) and from threads
+// that outlive main. Neither pointer is ever null, reset or released.
+extern std::unique_ptr<Converter<char16_t>>& converter;
+extern std::unique_ptr<Converter<wchar_t>>& converterToString;
 
 // UTF-8 form of text up to its first zero code unit. Throws the to_bytes
 // std::range_error for malformed UTF-16; text must not be null.

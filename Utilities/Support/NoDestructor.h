@@ -1,15 +1,15 @@
 // Process-wide state that threads may touch until the very end of the process.
-// Internal to the library.
+// Internal to the libraries of this tree; never installed.
 //
-// Threads the client never joins can still be opening scopes or serving a
-// cross-thread call while static destructors run, so such state is built in
-// place and never destroyed: nothing leaks (the object stays reachable for leak
+// Threads the client never joins can still be opening scopes, converting text or
+// serving a cross-thread call while static destructors run, so such state is
+// built in place and never destroyed: nothing leaks (the object stays reachable for leak
 // checkers), and nothing is freed under a live thread.
 #pragma once
 
 #include <utility>
 
-namespace Strand {
+namespace quill {
 
 // Holds one T, constructed by the constructor and never destroyed. With a
 // constexpr constructor of T and a constinit holder the object exists before any
@@ -25,9 +25,9 @@ public:
     // Deliberately leaves value_ alive.
     ~NoDestructor() {}  // NOLINT(modernize-use-equals-default): must not destroy value_
 
-    T& operator*() noexcept { return value_; }
-    T* operator->() noexcept { return &value_; }
-    T* get() noexcept { return &value_; }
+    constexpr T& operator*() noexcept { return value_; }
+    constexpr T* operator->() noexcept { return &value_; }
+    constexpr T* get() noexcept { return &value_; }
 
 private:
     union {
@@ -35,4 +35,4 @@ private:
     };
 };
 
-}  // namespace Strand
+}  // namespace quill
