@@ -64,7 +64,7 @@ std::string kernelName(int tid) {
 int setCurrentThreadName(const char* name) {
     const std::string_view fullName(name);
     std::string kernelNow;
-    if (gettid() == getpid()) {
+    if (std::get<1>(getThreadId()) == getpid()) {
         kernelNow = ownKernelName();
     } else {
         kernelNow = fullName.substr(0, kKernelNameBytes);
@@ -83,7 +83,7 @@ std::string threadName(const ThreadId& id) {
     if (tid <= 0) {
         return {};
     }
-    if (tid == gettid()) {
+    if (tid == std::get<1>(getThreadId())) {
         std::string name = ownKernelName();
         if (linux_layer::ThreadRecord* const self = linux_layer::currentRecord()) {
             if (auto full = linux_layer::ownFullName(*self, name)) {

@@ -102,10 +102,9 @@ bool robustListBusy() noexcept {
 
 void writeText(ThreadRecord& record, bool named, std::string_view fullName,
                std::string_view kernelName) noexcept {
-    unsigned char bytes[kTextWords * sizeof(std::uint64_t)] = {};
-    std::memcpy(bytes, fullName.data(), std::min(fullName.size(), kFullNameBytes - 1));
-    std::memcpy(bytes + kFullNameBytes, kernelName.data(),
-                std::min(kernelName.size(), kKernelNameBytes - 1));
+    char bytes[kTextWords * sizeof(std::uint64_t)] = {};
+    fullName.copy(bytes, kFullNameBytes - 1);
+    kernelName.copy(bytes + kFullNameBytes, kKernelNameBytes - 1);
     const std::uint32_t version = record.version.load(std::memory_order_relaxed);
     record.version.store(version + 1, std::memory_order_relaxed);
     std::atomic_thread_fence(std::memory_order_release);
