@@ -1,5 +1,7 @@
 #include "Strand/linux/ThreadRegistry.h"
 
+#include "Strand/Platform.h"
+
 #include <linux/futex.h>
 #include <sched.h>
 #include <sys/mman.h>
@@ -281,15 +283,10 @@ std::optional<std::string> fullNameOf(const NameSnapshot& snapshot,
 
 }  // namespace
 
-ThreadId currentThreadId() noexcept {
-    if (tCurrent.valid) [[likely]] {
-        return tCurrent.id;
-    }
-    return registerCurrentThread();
-}
-
 ThreadRecord* currentRecord() noexcept {
-    currentThreadId();
+    if (!tCurrent.valid) {
+        registerCurrentThread();
+    }
     return tCurrent.record;
 }
 
@@ -343,3 +340,15 @@ std::vector<pthread_t> knownHandles(const std::vector<int>& tids) {
 }
 
 }  // namespace Strand::linux_layer
+
+namespace Strand::platform {
+
+// Defined beside the cache it reads, so that getThreadId costs one call.
+ThreadId queryCurrentThreadId() {
+    if (linux_layer::tCurrent.valid) [[likely]] {
+        return linux_layer::tCurrent.id;
+    }
+    return linux_layer::registerCurrentThread();
+}
+
+}  // namespace Strand::platform
