@@ -273,8 +273,7 @@ ThreadRecord* liveRecordOf(int tid) noexcept {
     return nullptr;
 }
 
-std::optional<std::string> fullNameOf(const NameSnapshot& snapshot,
-                                      std::string_view kernelName) {
+std::optional<std::string> fullNameOf(const NameSnapshot& snapshot, std::string_view kernelName) {
     if (!snapshot.named || snapshot.kernelName() != kernelName) {
         return std::nullopt;
     }
