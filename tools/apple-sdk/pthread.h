@@ -21,6 +21,7 @@ extern "C" {
 
 int pthread_threadid_np(pthread_t thread, uint64_t* thread_id);
 pthread_t pthread_from_mach_thread_np(mach_port_t port);
+mach_port_t pthread_mach_thread_np(pthread_t thread);
 int pthread_setname_np(const char* name);
 int pthread_getname_np(pthread_t thread, char* name, size_t len);
 
