@@ -141,7 +141,7 @@ TEST_F(ScopedThreadNameTest, NamesTheThreadAndCarriesTheLocationsContext) {
         // Without a file the name stays, nobody hears, and the end restores nothing.
         {scopeOf(location{nullptr, "f", nullptr, {}, 1}), false, "old||||-|"}};
     for (const auto& [make, ownHint, expected] : cases) {
-        const std::string seen = onNewThread([&, ownHint = ownHint] {
+        const std::string seen = onNewThread([&, &make = make, ownHint = ownHint] {
             Strand::setThreadName("old");
             if (ownHint) hint("hint000001", "tap").setAsExternalInputHint();
             auto scope = make();

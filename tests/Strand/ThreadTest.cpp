@@ -79,7 +79,9 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
     for (const auto& [name, expected] : cases) {
         ParkedThread worker;  // named there, read there and from here
         std::string readThere;
-        worker.run([&] { readThere = (Strand::setThreadName(name), Strand::getThreadName()); });
+        worker.run([&, &name = name] {
+            readThere = (Strand::setThreadName(name), Strand::getThreadName());
+        });
         EXPECT_EQ(readThere + "|" + Strand::getThreadName(worker.id()), expected + "|" + expected);
     }
     EXPECT_EQ(Strand::getThreadName(Strand::ThreadId{}), "");

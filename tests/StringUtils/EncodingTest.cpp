@@ -13,6 +13,8 @@
 #include <thread>
 #include <vector>
 
+#include "JoiningThread.h"
+
 namespace {
 
 using namespace StringUtils;
@@ -48,7 +50,7 @@ TEST(Encoding, Wrappers) {
 TEST(Encoding, SharedConverterServesManyThreads) {
     std::latch start(4);
     std::atomic<int> mismatches = 0;
-    std::vector<std::jthread> threads;
+    std::vector<JoiningThread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back(
             [&, utf8 = std::string(100 + t, 'x') + "\xE4\xB8\xAD\xF0\x9F\x98\x80"] {
