@@ -28,14 +28,12 @@ namespace Strand {
 // The calling thread's numeric id, low 32 bits. Never fails. Signal-safe.
 int gettid();
 
-// The numeric id of thread, low 32 bits; 0 if the platform cannot tell.
-int getUnixThreadId(pthread_t thread);
-
 namespace platform {
 
-// The calling thread's triple, asked of the platform (Strand::getThreadId caches
-// it per thread); never fails. Signal-safe: registering the thread with the
-// library takes no lock and allocates nothing, so a function run inside a
+// The calling thread's triple; never fails. Cheap (cached per thread where
+// asking the platform is costly) and right in a fork child. Signal-safe
+// whatever the load order (dlopen included): the first call on a thread takes
+// no lock a user can hold and allocates nothing, so a function run inside a
 // signal handler may ask who it is.
 ThreadId queryCurrentThreadId();
 
@@ -43,10 +41,14 @@ ThreadId queryCurrentThreadId();
 std::vector<ThreadId> listThreads();
 
 // Names the calling thread. name is NUL-terminated and at most 63 bytes.
-// Returns 0, or the platform's error number when it refuses.
+// Returns 0, or the platform's error number when it refuses. Where the
+// kernel's name of the main thread is the process's name (Linux), the main
+// thread's name is kept by the library alone. Not signal-safe.
 int setCurrentThreadName(const char* name);
 
 // The name of thread id; empty if it has none, has ended or cannot be asked.
+// A name is only ever read back for the thread that was given it. Not
+// signal-safe.
 std::string threadName(const ThreadId& id);
 
 // Test seam: replaces the call that hands a name to the platform (so tests can

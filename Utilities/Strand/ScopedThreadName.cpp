@@ -11,10 +11,18 @@ using quill::external_input::hint;
 
 IScopedThreadCallback::~IScopedThreadCallback() = default;
 
-// Constant-initialised: listeners can register from any static initialiser.
+// Constant-initialised, so listeners can register from any static initialiser,
+// and never destroyed (see ScopedThreadNotifications.h).
 constinit ScopedThreadNotifications ScopedThreadName::notifier;
 
 namespace {
+
+// The registry's lock is held across fork(), so the child never inherits it
+// held by a thread that does not exist there.
+[[maybe_unused]] const bool gNotifierForkHandlersInstalled =
+    pthread_atfork([] { ScopedThreadName::notifier.lockForFork(); },
+                   [] { ScopedThreadName::notifier.unlockAfterFork(); },
+                   [] { ScopedThreadName::notifier.unlockAfterFork(); }) == 0;
 
 // "F:L:" for a location whose file and function are both set.
 std::string fileAndLine(const quill::source::location& location) {

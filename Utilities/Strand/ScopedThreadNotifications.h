@@ -6,11 +6,21 @@
 // entries included. The mutex guards only the list and is never held while a
 // listener runs, so a listener may register, unregister or fire itself. The
 // enabled flag is read and written without the lock (acquire / release).
+//
+// Lifetime: the process-wide instance is never destroyed. Threads the client
+// never joins may still open scopes while static destructors run, so, unlike
+// an ordinary static, the registry outlives them all; what a caller can observe
+// is unchanged. The class is trivially destructible and constant-initialised
+// (a plain pthread mutex, the list on the heap behind a pointer), so the
+// instance is ready before any static initialiser runs with every standard
+// library. The list stays reachable from the instance, so leak checkers see no
+// leak; deinit() frees it.
 #pragma once
+
+#include <pthread.h>
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "Strand/ScopedThreadName.h"
@@ -19,8 +29,7 @@ namespace Strand {
 
 class ScopedThreadNotifications {
 public:
-    // Empty and enabled. constexpr, so the process-wide instance exists before
-    // any dynamic initialisation runs.
+    // Empty and enabled; allocates nothing until the first registration.
     constexpr ScopedThreadNotifications() = default;
     ScopedThreadNotifications(const ScopedThreadNotifications&) = delete;
     ScopedThreadNotifications& operator=(const ScopedThreadNotifications&) = delete;
@@ -38,12 +47,7 @@ public:
     // round and reaches the caller; so do allocation errors.
     template <class MemberFunction>
     void fireNotification(MemberFunction operation) {
-        std::vector<std::weak_ptr<IScopedThreadCallback>> snapshot;
-        {
-            const std::lock_guard<std::mutex> lock(mutex);
-            snapshot = callbacks;
-        }
-        for (const auto& entry : snapshot) {
+        for (const auto& entry : snapshot()) {
             if (const auto listener = entry.lock()) {
                 ((*listener).*operation)();
             }
@@ -56,12 +60,23 @@ public:
 
     // Enables the registry. Never fails.
     void init();
-    // Disables the registry and forgets every listener. Never fails.
+    // Disables the registry and forgets every listener (freeing the list).
+    // Never fails.
     void deinit();
 
+    // fork() support: held across fork() so that neither process inherits the
+    // list half-changed or the lock held by a thread that is not there.
+    void lockForFork() noexcept;
+    void unlockAfterFork() noexcept;
+
 private:
-    std::vector<std::weak_ptr<IScopedThreadCallback>> callbacks;
-    std::mutex mutex;
+    using List = std::vector<std::weak_ptr<IScopedThreadCallback>>;
+
+    // A copy of the list, taken under the lock. Throws what allocation throws.
+    List snapshot();
+
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    List* callbacks = nullptr;  // created by the first registration
     std::atomic<bool> enabled{true};
 };
 

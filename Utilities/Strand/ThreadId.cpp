@@ -7,31 +7,9 @@
 
 namespace Strand {
 
-namespace {
-
-// The calling thread's triple, asked of the platform once per thread. Trivially
-// destructible, so reading it needs no guard; forgotten in a fork child, whose
-// only thread has an identity of its own.
-struct CachedIdentity {
-    ThreadId id{};
-    bool valid = false;
-};
-constinit thread_local CachedIdentity tCached;
-
-void forgetInForkChild() { tCached.valid = false; }
-
-[[maybe_unused]] const bool gForkHandlerInstalled =
-    pthread_atfork(nullptr, nullptr, &forgetInForkChild) == 0;
-
-}  // namespace
-
-ThreadId getThreadId() {
-    if (!tCached.valid) [[unlikely]] {
-        tCached.id = platform::queryCurrentThreadId();
-        tCached.valid = true;
-    }
-    return tCached.id;
-}
+// The platform layer caches the triple per thread where asking is costly, and
+// keeps it correct in a fork child.
+ThreadId getThreadId() { return platform::queryCurrentThreadId(); }
 
 std::vector<ThreadId> getThreadIds() { return getThreadIds(getpid()); }
 

@@ -1,17 +1,24 @@
-// Counts each thread's allocations through the global operator new; a file of
-// its own, so that no compiler ever sees a test's new beside this free().
+// Counts each thread's allocations through the global operator new, and can
+// run a hook inside the next one; a file of its own, so that no compiler ever
+// sees a test's new beside this free().
 #include <cstddef>
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace {
 thread_local std::size_t tAllocations = 0;
+thread_local void (*tNextAllocationHook)() = nullptr;
 }  // namespace
 
 std::size_t allocationsOnThisThread() { return tAllocations; }
 
+// hook runs inside the calling thread's next allocation, once.
+void runInNextAllocation(void (*hook)()) { tNextAllocationHook = hook; }
+
 void* operator new(std::size_t size) {
     ++tAllocations;
+    if (const auto hook = std::exchange(tNextAllocationHook, nullptr)) hook();
     void* memory = std::malloc(size == 0 ? 1 : size);
     return memory != nullptr ? memory : throw std::bad_alloc();
 }

@@ -1,6 +1,11 @@
 // Scoped threads: the listener registry and the scoped thread name.
+#include <fstream>
+#include <iterator>
+
 #include "Strand/ScopedThreadNotifications.h"
 #include "TestSupport.h"
+
+void runInNextAllocation(void (*hook)());  // inside the thread's next operator new
 
 namespace {
 
@@ -25,6 +30,12 @@ std::shared_ptr<Listener> recorder(std::string& log, const std::string& tag) {
                                       [&log, tag] { log += tag + "- "; });
 }
 
+// A registry of a test's own; it frees its list at the end, as the process-wide
+// one never does.
+struct LocalRegistry : ScopedThreadNotifications {
+    ~LocalRegistry() { deinit(); }
+};
+
 TEST(ScopedThreadNotifications, RegistrationRules) {
     // +x registers x, -x unregisters it, ~x lets it die, 0 is null; off / on
     // disable / enable. Then one started and one ended round.
@@ -36,7 +47,7 @@ TEST(ScopedThreadNotifications, RegistrationRules) {
         std::string log;
         std::map<char, std::shared_ptr<Listener>> listeners;
         for (const char tag : {'a', 'b', 'd'}) listeners[tag] = recorder(log, std::string(1, tag));
-        ScopedThreadNotifications registry;
+        LocalRegistry registry;
         std::istringstream in(steps);
         for (std::string step; in >> step;) {
             auto& listener = listeners[step[1]];
@@ -57,7 +68,7 @@ TEST(ScopedThreadNotifications, RegistrationRules) {
 
 TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
     std::string log;
-    ScopedThreadNotifications registry, second;
+    LocalRegistry registry, second;
     const auto late = recorder(log, "late");
     std::shared_ptr<Listener> self = std::make_shared<Listener>([&] {
         registry.unRegisterCallback(self);  // no lock is held here
@@ -77,7 +88,7 @@ TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
 }
 
 TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
-    ScopedThreadNotifications registry;
+    LocalRegistry registry;
     std::atomic<int> started{0};
     const auto steady = std::make_shared<Listener>([&] { started.fetch_add(1); });
     registry.registerCallback(steady);
@@ -90,6 +101,71 @@ TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
         }
     });
     EXPECT_EQ(started.load(), 4 * 200) << "the steady listener saw every round once";
+}
+
+// The scheduler state of thread tid ('S' while it sleeps, in a lock say).
+char schedulerState(int tid) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
+    const std::string text((std::istreambuf_iterator<char>(stat)), {});
+    const auto end = text.rfind(')');
+    return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '?';
+}
+
+std::atomic<int> gForkStage{0};  // 1 registry held, 2 forking, 3 forked
+int gForkingTid = 0;
+
+// One thread is inside the registry's hold (allocating the copy of the list)
+// when another forks: the child must still register, fire and name threads.
+TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
+    std::string log;
+    const auto listener = recorder(log, "p");
+    ScopedThreadName::registerCallback(listener);
+    gForkingTid = Strand::gettid();
+    std::thread holder([] {
+        runInNextAllocation([] {
+            gForkStage.store(1);
+            gForkStage.notify_all();
+            gForkStage.wait(1);
+            // Leaves the hold once the forking thread waits (for this hold) or has forked.
+            while (gForkStage.load() < 3 && schedulerState(gForkingTid) != 'S') sched_yield();
+        });
+        ScopedThreadName::notifier.fireOnStarted();
+    });
+    gForkStage.wait(0);
+    gForkStage.store(2);
+    gForkStage.notify_all();
+    const std::string child = inChildProcess(10, [&] {
+        std::string childLog;
+        const auto inChild = recorder(childLog, "c");
+        ScopedThreadName::registerCallback(inChild);
+        { const ScopedThreadName scope("child's scope with a long name", true); }
+        Strand::setThreadName("child, named after the fork");
+        return childLog == "c+ c- " && Strand::getThreadIds().size() == 1 &&
+               Strand::getThreadName() == "child, named after the fork";
+    });
+    gForkStage.store(3);
+    holder.join();
+    ScopedThreadName::unRegisterCallback(listener);
+    EXPECT_EQ(child, "ok");
+}
+
+// Detached threads still open scopes while the process exits and static
+// destructors run: the registry must outlive them.
+TEST(ScopedThreadNotifications, ScopesOpenedWhileTheProcessExits) {
+    EXPECT_EQ(inChildProcess(20, [] {
+        static std::atomic<int> running{0};
+        const auto listener = std::make_shared<Listener>([] {}, [] {});
+        ScopedThreadName::registerCallback(listener);
+        for (int t = 0; t < 4; ++t) {
+            std::thread([listener] {
+                running.fetch_add(1);
+                running.notify_all();
+                for (;;) const ScopedThreadName scope("still working at exit", true);
+            }).detach();
+        }
+        for (int seen = 0; seen < 4; seen = running.load()) running.wait(seen);
+        return true;
+    }, true), "ok");
 }
 
 // Registered and fired during static initialisation, before main() runs: the

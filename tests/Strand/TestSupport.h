@@ -8,6 +8,7 @@
 #include <climits>
 #include <condition_variable>
 #include <csignal>
+#include <cstdlib>
 #include <functional>
 #include <future>
 #include <latch>
@@ -20,6 +21,9 @@
 #include <thread>
 #include <tuple>
 #include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "JoiningThread.h"
 #include "Strand/Platform.h"
@@ -88,4 +92,25 @@ void onThreadsAtOnce(int count, Fn body) {
             body(t);
         });
     }
+}
+
+// Runs check in a child process that gets at most seconds to finish (then
+// SIGALRM ends it), so a hang or a crash fails the calling test instead of the
+// run. exitAfter chooses how the child ends: _exit (false), or exit (true),
+// which runs static destructors and leak checks as a returning main() does.
+// Returns "ok", or what went wrong.
+template <typename Fn>
+std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(seconds);
+        const bool ok = check();
+        exitAfter ? std::exit(ok ? 0 : 1) : _exit(ok ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (WIFEXITED(status)) {
+        return WEXITSTATUS(status) == 0 ? "ok" : "check failed";
+    }
+    return WIFSIGNALED(status) ? "ended by signal " + std::to_string(WTERMSIG(status)) : "?";
 }

@@ -1,15 +1,15 @@
 // Thread identity on macOS: (pthread_self(), pthread_threadid_np cut to its low
 // 32 bits, Mach thread port). The port is the primary id.
 //
-// Port references: mach_thread_self() adds a user reference to the thread's
-// port on every call. Strand::getThreadId caches the triple per thread, so the
-// port is asked for once per thread, and the added reference is dropped at once: the threading
-// library holds its own reference for the thread's whole life, so the name stays
-// valid while the thread lives, and a ThreadId only ever uses it as an
-// identifier. Likewise the task port that task_for_pid() returns for the own
-// process, and every thread port that task_threads() lists, are released before
-// the listing returns, so no call leaves the reference counts higher than it
-// found them.
+// The calling thread's triple is read from its own thread structure on every
+// call (pthread_mach_thread_np adds no port reference, pthread_threadid_np of
+// the caller reads a cached id), so nothing is cached in TLS: a dylib's TLS
+// allocates on a thread's first touch, which a signal handler must not do.
+// The threading library holds the port's reference for the thread's whole
+// life, and a ThreadId only ever uses it as an identifier. The task port that
+// task_for_pid() returns for the own process, and every thread port that
+// task_threads() lists, are released before the listing returns, so no call
+// leaves the reference counts higher than it found them.
 #include <mach/mach.h>
 #include <pthread.h>
 #include <unistd.h>
@@ -23,6 +23,13 @@ namespace Strand {
 namespace {
 
 int lowBits(std::uint64_t id) { return static_cast<int>(static_cast<std::uint32_t>(id)); }
+
+// The numeric id of a live thread by its POSIX handle; 0 if the query fails.
+int unixThreadIdOf(pthread_t thread) {
+    std::uint64_t id = 0;
+    pthread_threadid_np(thread, &id);
+    return lowBits(id);
+}
 
 // The numeric id of a listed thread that has no POSIX handle, from the kernel.
 int unixThreadIdOfPort(mach_port_t port) {
@@ -61,19 +68,11 @@ int gettid() {
     return lowBits(id);
 }
 
-int getUnixThreadId(pthread_t thread) {
-    std::uint64_t id = 0;
-    pthread_threadid_np(thread, &id);
-    return lowBits(id);
-}
-
 namespace platform {
 
 ThreadId queryCurrentThreadId() {
     const pthread_t self = pthread_self();
-    const mach_port_t port = mach_thread_self();
-    mach_port_deallocate(mach_task_self(), port);
-    return ThreadId{self, getUnixThreadId(self), port};
+    return ThreadId{self, gettid(), pthread_mach_thread_np(self)};
 }
 
 std::vector<ThreadId> listThreads() {
@@ -96,7 +95,7 @@ std::vector<ThreadId> listThreads() {
         const mach_port_t port = list.ports[i];
         const pthread_t handle = pthread_from_mach_thread_np(port);
         // A null handle would make pthread_threadid_np answer for the caller.
-        const int id = handle != pthread_t{} ? getUnixThreadId(handle) : unixThreadIdOfPort(port);
+        const int id = handle != pthread_t{} ? unixThreadIdOf(handle) : unixThreadIdOfPort(port);
         threads.emplace_back(handle, id, port);
     }
     return threads;

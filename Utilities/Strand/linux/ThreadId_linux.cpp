@@ -1,6 +1,7 @@
 // Thread identity on Linux: (pthread_self(), TID, TID). The TID is the kernel's
 // per-thread handle, unique among live threads and stable for a thread's life,
-// so it serves as both the numeric id and the primary id.
+// so it serves as both the numeric id and the primary id. The thread registry
+// caches the triple per thread and keeps the handles for listings.
 #include <dirent.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -12,37 +13,11 @@
 
 namespace Strand {
 
-namespace {
-
-void prepareFork() { linux_layer::lockForFork(); }
-
-void parentAfterFork() { linux_layer::unlockAfterForkInParent(); }
-
-// Runs on the forking thread, the only thread of the child.
-void childAfterFork() { linux_layer::unlockAfterForkInChild(gettid()); }
-
-[[maybe_unused]] const bool gForkHandlersInstalled =
-    pthread_atfork(&prepareFork, &parentAfterFork, &childAfterFork) == 0;
-
-}  // namespace
-
 int gettid() { return static_cast<int>(syscall(SYS_gettid)); }
-
-int getUnixThreadId(pthread_t thread) {
-    if (pthread_equal(thread, pthread_self())) {
-        return gettid();
-    }
-    return linux_layer::knownTid(thread);
-}
 
 namespace platform {
 
-ThreadId queryCurrentThreadId() {
-    const int tid = gettid();
-    const pthread_t self = pthread_self();
-    linux_layer::rememberCurrentThread(tid, self);
-    return ThreadId{self, tid, static_cast<unsigned int>(tid)};
-}
+ThreadId queryCurrentThreadId() { return linux_layer::currentThreadId(); }
 
 std::vector<ThreadId> listThreads() {
     DIR* const directory = opendir("/proc/self/task");

@@ -1,8 +1,13 @@
 // Thread names on Linux. The kernel keeps 15 bytes of a name; the library keeps
 // the full name (up to 63 bytes) in the thread registry and hands the kernel its
 // first 15 bytes, which is what top and debuggers show. A name reads back whole
-// while the kernel still holds what the library gave it; a thread renamed by
-// other code (prctl, pthread_setname_np) reads back as the kernel has it.
+// while the kernel still holds what it held when the library named the thread;
+// a thread renamed by other code (prctl, pthread_setname_np) reads back as the
+// kernel has it.
+//
+// The kernel's name of the main thread is the process's name (ps, pgrep,
+// killall), so the main thread's name is kept by the library alone and the
+// kernel keeps the program's name.
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -24,22 +29,24 @@ int setKernelName(const char* name) { return pthread_setname_np(pthread_self(), 
 
 std::atomic<NameSetter> gNameSetter{&setKernelName};
 
-// The kernel's name of thread tid; empty if it cannot be read.
-std::string kernelName(int tid) {
-    char buffer[128] = {};
-    if (tid == gettid()) {
-        // PR_GET_NAME writes at most 16 bytes, NUL included.
-        if (prctl(PR_GET_NAME, buffer, 0, 0, 0) != 0) {
-            return {};
-        }
-        return buffer;
+// The calling thread's kernel name; empty if it cannot be read.
+std::string ownKernelName() {
+    char buffer[32] = {};  // PR_GET_NAME writes at most 16 bytes, NUL included
+    if (prctl(PR_GET_NAME, buffer, 0, 0, 0) != 0) {
+        return {};
     }
+    return buffer;
+}
+
+// The kernel's name of thread tid of this process; empty if it cannot be read.
+std::string kernelName(int tid) {
     char path[48];
     std::snprintf(path, sizeof path, "/proc/self/task/%d/comm", tid);
     const int fd = open(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         return {};
     }
+    char buffer[128] = {};
     const ssize_t count = read(fd, buffer, sizeof buffer - 1);
     close(fd);
     if (count <= 0) {
@@ -55,20 +62,35 @@ std::string kernelName(int tid) {
 }  // namespace
 
 int setCurrentThreadName(const char* name) {
-    const std::string fullName(name);
-    const std::string shortName = fullName.substr(0, kKernelNameBytes);
-    const int rc = gNameSetter.load(std::memory_order_acquire)(shortName.c_str());
-    if (rc == 0) {
-        const ThreadId self = getThreadId();
-        linux_layer::rememberCurrentThreadName(std::get<1>(self), fullName, shortName);
+    const std::string_view fullName(name);
+    std::string kernelNow;
+    if (std::get<1>(getThreadId()) == getpid()) {
+        kernelNow = ownKernelName();
+    } else {
+        kernelNow = fullName.substr(0, kKernelNameBytes);
+        if (const int rc = gNameSetter.load(std::memory_order_acquire)(kernelNow.c_str())) {
+            return rc;
+        }
     }
-    return rc;
+    if (linux_layer::ThreadRecord* const self = linux_layer::currentRecord()) {
+        linux_layer::rememberName(*self, fullName, kernelNow);
+    }
+    return 0;
 }
 
 std::string threadName(const ThreadId& id) {
     const int tid = std::get<1>(id);
     if (tid <= 0) {
         return {};
+    }
+    if (tid == std::get<1>(getThreadId())) {
+        std::string name = ownKernelName();
+        if (linux_layer::ThreadRecord* const self = linux_layer::currentRecord()) {
+            if (auto full = linux_layer::ownFullName(*self, name)) {
+                return std::move(*full);
+            }
+        }
+        return name;
     }
     std::string name = kernelName(tid);
     if (auto full = linux_layer::fullNameIfCurrent(tid, name)) {

@@ -1,186 +1,329 @@
 #include "Strand/linux/ThreadRegistry.h"
 
-#include <array>
+#include <linux/futex.h>
+#include <sched.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
-#include <mutex>
-#include <unordered_map>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <new>
 
 namespace Strand::linux_layer {
 
 namespace {
 
-// ---- Handles -------------------------------------------------------------
+constexpr int kFree = 0;
+constexpr int kClaiming = -1;
 
-// A slot is free (tid 0), being filled (tid -1) or owned by a live thread.
-// The handle is written before the tid is published and read between two
-// reads of the tid, so a reader never pairs a tid with another thread's handle.
-struct Slot {
-    std::atomic<int> tid{0};
+constexpr std::size_t kFullNameBytes = 64;    // 63 bytes and the NUL
+constexpr std::size_t kKernelNameBytes = 16;  // TASK_COMM_LEN
+constexpr std::size_t kTextWords = (kFullNameBytes + kKernelNameBytes) / sizeof(std::uint64_t);
+
+}  // namespace
+
+// One thread's entry. owner is kFree, kClaiming, or the owner's TID; the
+// owner holds life (a robust mutex) from the claim on. The name is guarded by
+// a sequence counter (odd while the owner rewrites it), so readers never block
+// the owner and the owner never blocks.
+struct ThreadRecord {
+    pthread_mutex_t life;
+    std::atomic<int> owner{kFree};
     std::atomic<pthread_t> handle{};
+    std::atomic<std::uint32_t> version{0};
+    std::atomic<bool> named{false};
+    std::atomic<std::uint64_t> text[kTextWords] = {};  // full name, then kernel name
+    // The next record in the registry; set before the record is published.
+    ThreadRecord* next = nullptr;
 };
 static_assert(std::atomic<pthread_t>::is_always_lock_free);
+static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
-// Enough for the threads of a large client; a thread that finds no free slot
-// still has its identity, only listings show it without a POSIX handle.
-constexpr std::size_t kSlotCount = 2048;
-std::array<Slot, kSlotCount> gSlots;
-// One past the highest slot ever claimed, so scans stop early.
-std::atomic<std::size_t> gSlotsInUse{0};
+namespace {
 
-void forgetName(int tid);
+// The newest record; every record is reachable from here, none is ever freed.
+std::atomic<ThreadRecord*> gNewest{nullptr};
+std::atomic<std::size_t> gRecordCount{0};
+constexpr std::size_t kMinBlockRecords = 64;
 
-// Frees the slot of a thread that ends (pthread key destructor).
-void releaseSlot(void* slot) {
-    auto* const owned = static_cast<Slot*>(slot);
-    const int tid = owned->tid.load(std::memory_order_relaxed);
-    owned->tid.store(0, std::memory_order_release);
-    forgetName(tid);
+// The calling thread's identity and record, in static TLS (initial-exec), so
+// that the first touch on a thread allocates nothing even when the library was
+// loaded with dlopen. Trivially destructible: nothing runs at thread exit.
+struct CurrentThread {
+    ThreadId id{};
+    ThreadRecord* record = nullptr;
+    bool valid = false;
+    bool registering = false;
+};
+__attribute__((tls_model("initial-exec"))) constinit thread_local CurrentThread tCurrent;
+
+int kernelTid() noexcept { return static_cast<int>(syscall(SYS_gettid)); }
+
+void initLife(ThreadRecord& record) noexcept {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
+    pthread_mutex_init(&record.life, &attributes);
+    pthread_mutexattr_destroy(&attributes);
 }
 
-// The key whose destructor frees a thread's slot. Created while the library
-// loads, so that it is one of the first keys of the process: pthread_setspecific
-// then only writes into the thread's own descriptor, allocating nothing.
-pthread_key_t slotKey() {
-    static const pthread_key_t key = [] {
-        pthread_key_t created{};
-        pthread_key_create(&created, &releaseSlot);
-        return created;
-    }();
-    return key;
+// Whether the kernel still counts tid as the live owner of record's mutex. At
+// a thread's end the kernel replaces its TID there by FUTEX_OWNER_DIED.
+bool ownerLives(const ThreadRecord& record, int tid) noexcept {
+    const int word = __atomic_load_n(&record.life.__data.__lock, __ATOMIC_ACQUIRE);
+    return (word & FUTEX_TID_MASK) == tid && (word & FUTEX_OWNER_DIED) == 0;
 }
-[[maybe_unused]] const pthread_key_t gSlotKeyAtLoad = slotKey();
 
-// Reads slot's owner and handle consistently; tid 0 when the slot is not owned.
-std::pair<int, pthread_t> readSlot(const Slot& slot) noexcept {
+// Takes record's mutex for the calling thread. A try-lock: the mutex is free or
+// its owner has died, and try-locks add no lock-order edges for race detectors.
+bool takeLife(ThreadRecord& record) noexcept {
+    int rc = pthread_mutex_trylock(&record.life);
+    if (rc == EOWNERDEAD) {
+        rc = pthread_mutex_consistent(&record.life);
+    }
+    return rc == 0;
+}
+
+// Whether this thread is inside the C library's update of its robust-mutex
+// list (a signal handler that interrupted user code locking a robust mutex):
+// taking a robust mutex now would corrupt that list, so registering waits.
+bool robustListBusy() noexcept {
+    robust_list_head* head = nullptr;
+    std::size_t length = 0;
+    if (syscall(SYS_get_robust_list, 0, &head, &length) != 0 || head == nullptr) {
+        return false;
+    }
+    return head->list_op_pending != nullptr;
+}
+
+void writeText(ThreadRecord& record, bool named, std::string_view fullName,
+               std::string_view kernelName) noexcept {
+    char bytes[kTextWords * sizeof(std::uint64_t)] = {};
+    fullName.copy(bytes, kFullNameBytes - 1);
+    kernelName.copy(bytes + kFullNameBytes, kKernelNameBytes - 1);
+    const std::uint32_t version = record.version.load(std::memory_order_relaxed);
+    record.version.store(version + 1, std::memory_order_relaxed);
+    std::atomic_thread_fence(std::memory_order_release);
+    for (std::size_t i = 0; i < kTextWords; ++i) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes + i * sizeof word, sizeof word);
+        record.text[i].store(word, std::memory_order_relaxed);
+    }
+    record.named.store(named, std::memory_order_relaxed);
+    record.version.store(version + 2, std::memory_order_release);
+}
+
+struct NameSnapshot {
+    bool named = false;
+    char bytes[kTextWords * sizeof(std::uint64_t)] = {};
+    std::string_view fullName() const { return bytes; }
+    std::string_view kernelName() const { return bytes + kFullNameBytes; }
+};
+
+NameSnapshot readText(const ThreadRecord& record) noexcept {
+    NameSnapshot snapshot;
     for (;;) {
-        const int tid = slot.tid.load(std::memory_order_acquire);
-        if (tid <= 0) {
-            return {0, pthread_t{}};
+        const std::uint32_t before = record.version.load(std::memory_order_acquire);
+        if ((before & 1U) == 0) {
+            for (std::size_t i = 0; i < kTextWords; ++i) {
+                const std::uint64_t word = record.text[i].load(std::memory_order_relaxed);
+                std::memcpy(snapshot.bytes + i * sizeof word, &word, sizeof word);
+            }
+            snapshot.named = record.named.load(std::memory_order_relaxed);
+            std::atomic_thread_fence(std::memory_order_acquire);
+            if (record.version.load(std::memory_order_relaxed) == before) {
+                return snapshot;
+            }
         }
-        const pthread_t handle = slot.handle.load(std::memory_order_acquire);
-        if (slot.tid.load(std::memory_order_acquire) == tid) {
-            return {tid, handle};
-        }
+        sched_yield();  // the owner is half-way through a rename
     }
 }
 
-// ---- Names ---------------------------------------------------------------
-
-struct GivenName {
-    std::string fullName;
-    std::string kernelName;
-};
-
-struct Names {
-    std::mutex mutex;
-    std::unordered_map<int, GivenName> byTid;
-};
-
-// Never destroyed: threads may end while static destructors run.
-Names& names() {
-    static auto* const instance = new Names;
-    return *instance;
+ThreadRecord* adopt(ThreadRecord& record, int tid, pthread_t handle) noexcept {
+    record.handle.store(handle, std::memory_order_relaxed);
+    writeText(record, false, {}, {});
+    record.owner.store(tid, std::memory_order_release);
+    return &record;
 }
 
-void forgetName(int tid) {
-    const std::lock_guard<std::mutex> guard(names().mutex);
-    names().byTid.erase(tid);
+// A free record, or one whose owner has ended; null if there is none.
+ThreadRecord* claimExisting(int tid, pthread_t handle) noexcept {
+    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
+         record = record->next) {
+        int owner = record->owner.load(std::memory_order_acquire);
+        const bool reusable = owner == kFree || (owner > 0 && !ownerLives(*record, owner));
+        if (!reusable ||
+            !record->owner.compare_exchange_strong(owner, kClaiming, std::memory_order_acquire)) {
+            continue;
+        }
+        if (takeLife(*record)) {
+            return adopt(*record, tid, handle);
+        }
+        record->owner.store(owner, std::memory_order_release);
+    }
+    return nullptr;
+}
+
+// Maps a new block (as many records as exist already, so that full scans stay
+// rare), claims its first record and publishes the block. mmap, not malloc:
+// this may run inside a signal handler. Null if the kernel refuses memory.
+ThreadRecord* claimFromNewBlock(int tid, pthread_t handle) noexcept {
+    const std::size_t count =
+        std::max(kMinBlockRecords, gRecordCount.load(std::memory_order_relaxed));
+    void* const memory = mmap(nullptr, count * sizeof(ThreadRecord), PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) {
+        return nullptr;
+    }
+    auto* const records = static_cast<ThreadRecord*>(memory);
+    for (std::size_t i = 0; i < count; ++i) {
+        new (&records[i]) ThreadRecord;
+        initLife(records[i]);
+        records[i].next = i + 1 < count ? &records[i + 1] : nullptr;
+    }
+    records[0].owner.store(kClaiming, std::memory_order_relaxed);
+    takeLife(records[0]);
+    adopt(records[0], tid, handle);
+    gRecordCount.fetch_add(count, std::memory_order_relaxed);
+    ThreadRecord* newest = gNewest.load(std::memory_order_relaxed);
+    do {
+        records[count - 1].next = newest;
+    } while (!gNewest.compare_exchange_weak(newest, records, std::memory_order_release,
+                                            std::memory_order_relaxed));
+    return records;
+}
+
+ThreadId registerCurrentThread() noexcept {
+    const int tid = kernelTid();
+    tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
+    // A signal handler that interrupts the registration below must not start a
+    // second one; it gets the identity and registers on a later call.
+    if (tCurrent.registering || robustListBusy()) {
+        return tCurrent.id;
+    }
+    tCurrent.registering = true;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    ThreadRecord* record = claimExisting(tid, pthread_self());
+    if (record == nullptr) {
+        record = claimFromNewBlock(tid, pthread_self());
+    }
+    tCurrent.record = record;
+    tCurrent.valid = record != nullptr;
+    std::atomic_signal_fence(std::memory_order_seq_cst);
+    tCurrent.registering = false;
+    return tCurrent.id;
+}
+
+// In a fork child the forking thread is the only thread: its record moves to
+// its new TID, every other record is free again, and every robust mutex is
+// made new (the kernel would never mark the parent's threads as ended here).
+void resetInForkChild() noexcept {
+    const int tid = kernelTid();
+    ThreadRecord* const own = tCurrent.record;
+    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
+         record = record->next) {
+        initLife(*record);
+        const std::uint32_t version = record->version.load(std::memory_order_relaxed);
+        record->version.store(version + (version & 1U), std::memory_order_relaxed);
+        if (record == own) {
+            takeLife(*record);
+            record->owner.store(tid, std::memory_order_release);
+        } else {
+            record->owner.store(kFree, std::memory_order_release);
+        }
+    }
+    tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
+    tCurrent.valid = own != nullptr;
+    tCurrent.registering = false;
+}
+
+[[maybe_unused]] const bool gForkHandlerInstalled =
+    pthread_atfork(nullptr, nullptr, &resetInForkChild) == 0;
+
+// The record of the live thread tid, or null.
+ThreadRecord* liveRecordOf(int tid) noexcept {
+    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
+         record = record->next) {
+        if (record->owner.load(std::memory_order_acquire) == tid && ownerLives(*record, tid)) {
+            return record;
+        }
+    }
+    return nullptr;
+}
+
+std::optional<std::string> fullNameOf(const NameSnapshot& snapshot,
+                                      std::string_view kernelName) {
+    if (!snapshot.named || snapshot.kernelName() != kernelName) {
+        return std::nullopt;
+    }
+    return std::string(snapshot.fullName());
 }
 
 }  // namespace
 
-bool rememberCurrentThread(int tid, pthread_t handle) noexcept {
-    if (auto* const owned = static_cast<Slot*>(pthread_getspecific(slotKey()))) {
-        owned->handle.store(handle, std::memory_order_release);
-        owned->tid.store(tid, std::memory_order_release);
-        return true;
+ThreadId currentThreadId() noexcept {
+    if (tCurrent.valid) [[likely]] {
+        return tCurrent.id;
     }
-    for (std::size_t i = 0; i < kSlotCount; ++i) {
-        int expected = 0;
-        if (gSlots[i].tid.compare_exchange_strong(expected, -1, std::memory_order_acquire)) {
-            gSlots[i].handle.store(handle, std::memory_order_release);
-            gSlots[i].tid.store(tid, std::memory_order_release);
-            std::size_t inUse = gSlotsInUse.load(std::memory_order_relaxed);
-            while (inUse < i + 1 &&
-                   !gSlotsInUse.compare_exchange_weak(inUse, i + 1, std::memory_order_release)) {
-            }
-            pthread_setspecific(slotKey(), &gSlots[i]);
-            return true;
-        }
+    return registerCurrentThread();
+}
+
+ThreadRecord* currentRecord() noexcept {
+    currentThreadId();
+    return tCurrent.record;
+}
+
+void rememberName(ThreadRecord& record, std::string_view fullName, std::string_view kernelName) {
+    writeText(record, true, fullName, kernelName);
+}
+
+std::optional<std::string> ownFullName(ThreadRecord& record, std::string_view kernelName) {
+    return fullNameOf(readText(record), kernelName);
+}
+
+std::optional<std::string> fullNameIfCurrent(int tid, std::string_view kernelName) {
+    ThreadRecord* const record = liveRecordOf(tid);
+    if (record == nullptr) {
+        return std::nullopt;
     }
-    return false;
+    const NameSnapshot snapshot = readText(*record);
+    // Checked again: the thread may have ended, and its record passed on,
+    // while the name was being read.
+    if (record->owner.load(std::memory_order_acquire) != tid || !ownerLives(*record, tid)) {
+        return std::nullopt;
+    }
+    return fullNameOf(snapshot, kernelName);
 }
 
 std::vector<pthread_t> knownHandles(const std::vector<int>& tids) {
-    std::unordered_map<int, pthread_t> handles;
-    const std::size_t inUse = gSlotsInUse.load(std::memory_order_acquire);
-    for (std::size_t i = 0; i < inUse; ++i) {
-        const auto [tid, handle] = readSlot(gSlots[i]);
-        if (tid > 0) {
-            handles.emplace(tid, handle);
+    std::vector<std::pair<int, pthread_t>> live;
+    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
+         record = record->next) {
+        const int tid = record->owner.load(std::memory_order_acquire);
+        if (tid <= 0 || !ownerLives(*record, tid)) {
+            continue;
+        }
+        const pthread_t handle = record->handle.load(std::memory_order_relaxed);
+        if (record->owner.load(std::memory_order_acquire) == tid) {
+            live.emplace_back(tid, handle);
         }
     }
+    std::sort(live.begin(), live.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<pthread_t> result(tids.size(), pthread_t{});
     for (std::size_t i = 0; i < tids.size(); ++i) {
-        if (const auto found = handles.find(tids[i]); found != handles.end()) {
+        const auto found =
+            std::lower_bound(live.begin(), live.end(), tids[i],
+                             [](const auto& entry, int tid) { return entry.first < tid; });
+        if (found != live.end() && found->first == tids[i]) {
             result[i] = found->second;
         }
     }
     return result;
-}
-
-int knownTid(pthread_t handle) noexcept {
-    const std::size_t inUse = gSlotsInUse.load(std::memory_order_acquire);
-    for (std::size_t i = 0; i < inUse; ++i) {
-        const auto [tid, owner] = readSlot(gSlots[i]);
-        if (tid > 0 && pthread_equal(owner, handle)) {
-            return tid;
-        }
-    }
-    return 0;
-}
-
-void rememberCurrentThreadName(int tid, const std::string& fullName,
-                               const std::string& kernelName) {
-    const std::lock_guard<std::mutex> guard(names().mutex);
-    names().byTid[tid] = GivenName{fullName, kernelName};
-}
-
-std::optional<std::string> fullNameIfCurrent(int tid, const std::string& kernelName) {
-    const std::lock_guard<std::mutex> guard(names().mutex);
-    const auto found = names().byTid.find(tid);
-    if (found == names().byTid.end() || found->second.kernelName != kernelName) {
-        return std::nullopt;
-    }
-    return found->second.fullName;
-}
-
-void lockForFork() { names().mutex.lock(); }
-
-void unlockAfterForkInParent() { names().mutex.unlock(); }
-
-void unlockAfterForkInChild(int newTid) {
-    auto* const own = static_cast<Slot*>(pthread_getspecific(slotKey()));
-    const int oldTid = own != nullptr ? own->tid.load(std::memory_order_relaxed) : 0;
-    for (auto& slot : gSlots) {
-        if (&slot != own) {
-            slot.tid.store(0, std::memory_order_relaxed);
-        }
-    }
-    if (own != nullptr) {
-        own->tid.store(newTid, std::memory_order_release);
-    }
-
-    auto& byTid = names().byTid;
-    std::optional<GivenName> forking;
-    if (const auto found = byTid.find(oldTid); found != byTid.end()) {
-        forking = std::move(found->second);
-    }
-    byTid.clear();
-    if (forking) {
-        byTid.emplace(newTid, std::move(*forking));
-    }
-    names().mutex.unlock();
 }
 
 }  // namespace Strand::linux_layer

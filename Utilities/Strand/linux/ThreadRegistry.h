@@ -1,44 +1,56 @@
-// What the Linux layer remembers about the threads it has seen, keyed by kernel
-// TID: the POSIX handle (the kernel cannot map a TID back to one) and the full
-// name the library gave the thread (the kernel keeps only 15 bytes of it).
+// What the Linux layer remembers about the threads it has seen: each thread's
+// POSIX handle (the kernel cannot map a TID back to one) and the full name the
+// library gave it (the kernel keeps only 15 bytes).
 //
-// Handles live in a fixed table of slots that a thread claims without locks or
-// allocation, so a thread can register itself even from inside a signal
-// handler. Names live in a map under a mutex. A thread's slot and name go when
-// the thread ends.
+// Every thread the library sees owns one record for the rest of its life. A
+// record is never freed, only reused: records come from blocks that are mapped
+// without malloc and never unmapped, so a thread can claim one without locks or
+// allocation (even inside a signal handler), and a reader never touches freed
+// memory. The owner holds the record's robust mutex from the claim on; when the
+// thread ends, however it ends and whatever runs after the library's own
+// clean-up, the kernel marks that mutex "owner died". A record is trusted only
+// while the kernel says its owner lives, so no name or handle is ever read back
+// for another thread that later gets the same TID, and the records of ended
+// threads are reclaimed by the next threads that need one: memory follows the
+// peak number of threads alive at once, not the number of threads ever made.
 #pragma once
 
 #include <pthread.h>
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "Strand/ThreadId.h"
 
 namespace Strand::linux_layer {
 
-// Records the calling thread (tid, handle). Returns false, leaving the thread
-// unknown, when every slot is taken. Async-signal-safe: no lock, no allocation.
-bool rememberCurrentThread(int tid, pthread_t handle) noexcept;
+struct ThreadRecord;
 
-// Records the full name given to the calling thread and the part of it the
-// kernel keeps. Not async-signal-safe.
-void rememberCurrentThreadName(int tid, const std::string& fullName, const std::string& kernelName);
+// The calling thread's triple. Registers the thread on its first call (and
+// retries on later calls if it could not be registered yet). Never fails.
+// Async-signal-safe: no lock a user can hold, no allocation, and the per-thread
+// cache lives in static TLS, so this holds whatever the load order.
+ThreadId currentThreadId() noexcept;
+
+// The calling thread's record; null only if it could not be registered (no
+// memory for a new block). Async-signal-safe like currentThreadId.
+ThreadRecord* currentRecord() noexcept;
+
+// Records the full name given to the calling thread (record is its own) and
+// the kernel's name of the thread at that moment. Owner only. Never fails.
+void rememberName(ThreadRecord& record, std::string_view fullName, std::string_view kernelName);
+
+// The full name last given to the thread that owns record, if it was named and
+// the kernel still holds kernelName for it (otherwise other code renamed it).
+std::optional<std::string> ownFullName(ThreadRecord& record, std::string_view kernelName);
+
+// The same for the live thread tid; nullopt if no live thread has that TID in
+// the registry.
+std::optional<std::string> fullNameIfCurrent(int tid, std::string_view kernelName);
 
 // The handle of each tid in tids, 0 for a thread the library has not seen.
 std::vector<pthread_t> knownHandles(const std::vector<int>& tids);
-
-// The TID of a live thread the library has seen, by its handle; 0 if unknown.
-int knownTid(pthread_t handle) noexcept;
-
-// The full name the library gave thread tid, if the kernel still holds the
-// part of it that the library handed over (otherwise someone renamed it since).
-std::optional<std::string> fullNameIfCurrent(int tid, const std::string& kernelName);
-
-// fork() support. The name lock is held across fork() so that the child never
-// inherits it held by a thread that does not exist there. In the child the
-// forking thread's slot and name move to its new TID and every other entry goes.
-void lockForFork();
-void unlockAfterForkInParent();
-void unlockAfterForkInChild(int newTid);
 
 }  // namespace Strand::linux_layer

@@ -3,6 +3,7 @@
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 #include "TestSupport.h"
@@ -50,6 +51,57 @@ TEST(ThreadLinux, KernelKeeps15BytesAndNamesSetByOtherCodeWin) {
     });
     EXPECT_EQ(names,
               (std::vector<std::string>{"a name longer t", "renamed", "again a rather long name"}));
+}
+
+// The kernel's name of the main thread is the process's name (ps, pgrep): the
+// library keeps the main thread's name to itself.
+TEST(ThreadLinux, NamingTheMainThreadLeavesTheProcessName) {
+    EXPECT_EQ(inChildProcess(10, [] {  // the child's only thread is its main thread
+        char before[16] = {}, after[16] = {};
+        prctl(PR_GET_NAME, before, 0, 0, 0);
+        Strand::setThreadName("main: event loop");
+        prctl(PR_GET_NAME, after, 0, 0, 0);
+        const Strand::ThreadId main = Strand::getThreadId();
+        return std::string(after) == before && Strand::getThreadName() == "main: event loop" &&
+               onNewThread([main] { return Strand::getThreadName(main); }) == "main: event loop";
+    }), "ok");
+}
+
+// Asks the kernel to hand out tid next (best effort: needs privileges, and
+// other processes may take it first).
+void preferNextTid(int tid) {
+    if (FILE* file = std::fopen("/proc/sys/kernel/ns_last_pid", "w")) {
+        std::fprintf(file, "%d", tid - 1);
+        std::fclose(file);
+    }
+}
+
+pthread_key_t gLateKey;
+
+// A thread that names itself in a key destructor (after the library's own
+// clean-up), ends, and then a new thread that inherits the same 15-byte kernel
+// name gets the same TID: it must not read back the ended thread's full name.
+TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
+    EXPECT_EQ(inChildProcess(120, [] {
+        prctl(PR_SET_NAME, "worker-pool-abc", 0, 0, 0);  // what new threads inherit
+        pthread_key_create(&gLateKey, [](void*) {
+            Strand::setThreadName("worker-pool-abc: job 7 of the nightly batch");
+        });
+        const int endedTid = onNewThread([] {
+            pthread_setspecific(gLateKey, &gLateKey);
+            return std::get<1>(Strand::getThreadId());
+        });
+        for (int attempt = 0; attempt < 200000; ++attempt) {
+            preferNextTid(endedTid);
+            const auto [tid, name] = onNewThread([] {
+                return std::make_pair(Strand::gettid(), Strand::getThreadName());
+            });
+            if (tid == endedTid) {
+                return name == "worker-pool-abc";
+            }
+        }
+        return false;
+    }), "ok");
 }
 
 }  // namespace

@@ -92,7 +92,9 @@ public:
     // Disables the registry and forgets every listener. Never fails.
     static void deinitNotifier();
 
-    // The process-wide listener registry.
+    // The process-wide listener registry. Ready before any static initialiser
+    // runs, and never destroyed, so threads still running at exit can open
+    // scopes safely.
     static ScopedThreadNotifications notifier;
 
 private:

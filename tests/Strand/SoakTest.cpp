@@ -1,0 +1,125 @@
+// A long run of what a client does over a day, compressed: waves of more live
+// threads than the process ever had slots for, threads that name themselves and
+// open scopes and end (some detached), listeners that come and go, and forks
+// while all of that runs. At the end, memory must be where it was after the
+// first wave. STRAND_SOAK_SECONDS sets the length (default 60).
+#include <cstdlib>
+#include <fstream>
+
+#include "TestSupport.h"
+
+namespace {
+
+struct QuietListener : Strand::IScopedThreadCallback {
+    void onStarted() override {}
+    void onEnded() override {}
+};
+
+long residentKilobytes() {
+    std::ifstream statm("/proc/self/statm");
+    long pages = 0, resident = 0;
+    statm >> pages >> resident;
+    return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+struct Wave {
+    static constexpr int kThreads = 2300;
+    int round = 0;
+    std::latch named{kThreads};
+    std::latch release{1};
+    std::vector<Strand::ThreadId> ids = std::vector<Strand::ThreadId>(kThreads);
+    std::atomic<int> next{0};
+    std::atomic<int> wrongNames{0};
+};
+
+std::string waveName(int round, int index) {
+    return "soak wave " + std::to_string(round) + ", thread " + std::to_string(index);
+}
+
+// kThreads live threads, each named and inside a scope; checked from here
+// (listing and names), then released and joined.
+int runWave(int round) {
+    Wave wave;
+    wave.round = round;
+    pthread_attr_t small;
+    pthread_attr_init(&small);
+    pthread_attr_setstacksize(&small, 256 * 1024);
+    std::vector<pthread_t> threads(Wave::kThreads);
+    for (auto& thread : threads) {
+        pthread_create(&thread, &small, [](void* arg) -> void* {
+            auto& state = *static_cast<Wave*>(arg);
+            const int index = state.next.fetch_add(1);
+            const Strand::ScopedThreadName scope(waveName(state.round, index), true);
+            state.ids[index] = Strand::getThreadId();
+            state.named.count_down();
+            state.release.wait();
+            return nullptr;
+        }, &wave);
+    }
+    pthread_attr_destroy(&small);
+    wave.named.wait();
+    const auto listed = Strand::getThreadIds();
+    const std::set<Strand::ThreadId> all(listed.begin(), listed.end());
+    int faults = 0;
+    for (int i = 0; i < Wave::kThreads; i += 7) {
+        faults += all.count(wave.ids[i]) == 0;
+        faults += Strand::getThreadName(wave.ids[i]) != waveName(round, i);
+    }
+    wave.release.count_down();
+    for (const auto thread : threads) pthread_join(thread, nullptr);
+    return faults;
+}
+
+TEST(Soak, ThreadChurnForksAndListeners) {
+    const char* const configured = std::getenv("STRAND_SOAK_SECONDS");
+    const auto deadline = std::chrono::steady_clock::now() +
+                          std::chrono::seconds(configured ? std::atoi(configured) : 60);
+    std::atomic<bool> stop{false};
+    std::atomic<long> failedForks{0}, forks{0}, churned{0};
+    std::vector<std::thread> helpers;
+    helpers.emplace_back([&] {  // listeners come and go
+        while (!stop.load()) {
+            const auto listener = std::make_shared<QuietListener>();
+            Strand::ScopedThreadName::registerCallback(listener);
+            Strand::ScopedThreadName::unRegisterCallback(listener);
+        }
+    });
+    helpers.emplace_back([&] {  // forks while the others name, register and list
+        while (!stop.load()) {
+            const std::string result = inChildProcess(20, [] {
+                Strand::ScopedThreadName::registerCallback(std::make_shared<QuietListener>());
+                const Strand::ScopedThreadName scope("forked child of the soak test", true);
+                return Strand::getThreadName() == "forked child of the soak test" &&
+                       Strand::getThreadIds().size() == 1;
+            });
+            failedForks += result != "ok";
+            ++forks;
+        }
+    });
+    helpers.emplace_back([&] {  // short-lived threads, some never joined
+        for (long i = 0; !stop.load(); ++i) {
+            std::thread worker([i] {
+                Strand::setThreadName("short-lived worker " + std::to_string(i));
+                const Strand::ScopedThreadName scope("short-lived scope, named at length", true);
+            });
+            i % 4 == 0 ? worker.detach() : worker.join();
+            ++churned;
+        }
+    });
+
+    int faults = runWave(0);
+    const long baseline = residentKilobytes();
+    int rounds = 1;
+    for (; std::chrono::steady_clock::now() < deadline; ++rounds) faults += runWave(rounds);
+    stop.store(true);
+    for (auto& helper : helpers) helper.join();
+    const long end = residentKilobytes();
+
+    EXPECT_EQ(faults, 0) << "threads listed without handles or with names not their own";
+    EXPECT_EQ(failedForks.load(), 0) << "of " << forks.load() << " forks";
+    EXPECT_LE(end, baseline + std::max(baseline / 4, 32L * 1024))
+        << "resident kB after the first wave " << baseline << ", at the end " << end << " ("
+        << rounds << " waves, " << churned.load() << " short-lived threads)";
+}
+
+}  // namespace

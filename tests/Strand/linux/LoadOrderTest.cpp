@@ -1,0 +1,94 @@
+// libStrand loaded with dlopen after other code has made many pthread keys:
+// a thread's first getThreadId() inside a signal handler must still allocate
+// nothing. This program replaces malloc and friends to count the calls made
+// while a handler runs, so it is built without sanitizers.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <cstddef>
+#include <thread>
+
+#include "Strand/ThreadId.h"
+
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* memory);
+}
+
+namespace {
+thread_local bool tCounting = false;  // static TLS: the executable's own
+std::atomic<int> gAllocations{0};
+
+void count() {
+    if (tCounting) gAllocations.fetch_add(1);
+}
+}  // namespace
+
+extern "C" {
+void* malloc(std::size_t size) { return count(), __libc_malloc(size); }
+void* calloc(std::size_t n, std::size_t size) { return count(), __libc_calloc(n, size); }
+void* realloc(void* memory, std::size_t size) { return count(), __libc_realloc(memory, size); }
+void* memalign(std::size_t alignment, std::size_t size) {
+    return count(), __libc_memalign(alignment, size);
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) { return memalign(alignment, size); }
+int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
+    *memory = memalign(alignment, size);
+    return *memory != nullptr ? 0 : ENOMEM;
+}
+void free(void* memory) { __libc_free(memory); }
+}
+
+namespace {
+
+using GetThreadId = Strand::ThreadId (*)();
+GetThreadId gGetThreadId = nullptr;
+thread_local Strand::ThreadId tSeenInHandler;
+
+bool firstIdentityInHandlerAllocatesNothing() {
+    pthread_key_t keys[40];
+    for (auto& key : keys) pthread_key_create(&key, nullptr);
+    void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return false;
+    gGetThreadId = reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
+    if (gGetThreadId == nullptr) return false;
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+        tCounting = true;
+        tSeenInHandler = gGetThreadId();
+        tCounting = false;
+    };
+    sigaction(SIGUSR2, &action, nullptr);
+    bool ok = true;
+    for (int i = 0; i < 3; ++i) {  // threads that never touched the library before
+        std::thread([&ok] {
+            raise(SIGUSR2);
+            const int tid = static_cast<int>(syscall(SYS_gettid));
+            ok = ok && tSeenInHandler == Strand::ThreadId(pthread_self(), tid, tid) &&
+                 gGetThreadId() == tSeenInHandler;
+        }).join();
+    }
+    return ok && gAllocations.load() == 0;
+}
+
+TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
+    const pid_t child = fork();
+    if (child == 0) {
+        alarm(30);
+        _exit(firstIdentityInHandlerAllocatesNothing() ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+}  // namespace
