@@ -121,7 +121,8 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     const auto listener = recorder(log, "p");
     ScopedThreadName::registerCallback(listener);
     gForkingTid = Strand::gettid();
-    std::thread holder([] {
+    static std::atomic<bool> held{true};  // detached: a fork child must not see it unjoined
+    std::thread([] {
         runInNextAllocation([] {
             gForkStage.store(1);
             gForkStage.notify_all();
@@ -130,7 +131,9 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
             while (gForkStage.load() < 3 && schedulerState(gForkingTid) != 'S') sched_yield();
         });
         ScopedThreadName::notifier.fireOnStarted();
-    });
+        held.store(false);
+        held.notify_all();
+    }).detach();
     gForkStage.wait(0);
     gForkStage.store(2);
     gForkStage.notify_all();
@@ -140,11 +143,12 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
         ScopedThreadName::registerCallback(inChild);
         { const ScopedThreadName scope("child's scope with a long name", true); }
         Strand::setThreadName("child, named after the fork");
-        return childLog == "c+ c- " && Strand::getThreadIds().size() == 1 &&
-               Strand::getThreadName() == "child, named after the fork";
+        const auto listed = Strand::getThreadIds();
+        return childLog == "c+ c- " && Strand::getThreadName() == "child, named after the fork" &&
+               std::count(listed.begin(), listed.end(), Strand::getThreadId()) == 1;
     });
     gForkStage.store(3);
-    holder.join();
+    held.wait(true);
     ScopedThreadName::unRegisterCallback(listener);
     EXPECT_EQ(child, "ok");
 }

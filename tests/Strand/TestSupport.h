@@ -31,6 +31,15 @@
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"
 
+// Whether ThreadSanitizer instruments this build (GCC and Clang spell it apart).
+#if defined(__SANITIZE_THREAD__)
+#define STRAND_TEST_UNDER_TSAN 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define STRAND_TEST_UNDER_TSAN 1
+#endif
+#endif
+
 // Functions whose names tests look for in traces: never inlined, and exported
 // (with the executable's ENABLE_EXPORTS) so that trace lines name them.
 #define STRAND_TEST_TRACEABLE __attribute__((noinline, visibility("default")))

@@ -1,7 +1,8 @@
 // Thread identity on Linux: (pthread_self(), TID, TID). The TID is the kernel's
 // per-thread handle, unique among live threads and stable for a thread's life,
 // so it serves as both the numeric id and the primary id. The thread registry
-// caches the triple per thread and keeps the handles for listings.
+// (ThreadRegistry.cpp) caches the triple per thread, defines
+// queryCurrentThreadId, and keeps the handles for listings.
 #include <dirent.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -16,8 +17,6 @@ namespace Strand {
 int gettid() { return static_cast<int>(syscall(SYS_gettid)); }
 
 namespace platform {
-
-ThreadId queryCurrentThreadId() { return linux_layer::currentThreadId(); }
 
 std::vector<ThreadId> listThreads() {
     DIR* const directory = opendir("/proc/self/task");

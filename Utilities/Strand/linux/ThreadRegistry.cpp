@@ -1,5 +1,7 @@
 #include "Strand/linux/ThreadRegistry.h"
 
+#include "Strand/Platform.h"
+
 #include <linux/futex.h>
 #include <sched.h>
 #include <sys/mman.h>
@@ -19,6 +21,10 @@ namespace {
 
 constexpr int kFree = 0;
 constexpr int kClaiming = -1;
+// In a fork child: held by a thread of the parent (the forking thread under its
+// parent-side TID included). Never reused: the kernel will never mark those
+// owners as ended, and a thread must not lock a mutex it already holds.
+constexpr int kRetired = -2;
 
 constexpr std::size_t kFullNameBytes = 64;    // 63 bytes and the NUL
 constexpr std::size_t kKernelNameBytes = 16;  // TASK_COMM_LEN
@@ -107,13 +113,14 @@ void writeText(ThreadRecord& record, bool named, std::string_view fullName,
     kernelName.copy(bytes + kFullNameBytes, kKernelNameBytes - 1);
     const std::uint32_t version = record.version.load(std::memory_order_relaxed);
     record.version.store(version + 1, std::memory_order_relaxed);
-    std::atomic_thread_fence(std::memory_order_release);
+    // Release stores (no fences, which race detectors cannot model): a reader
+    // that sees any new word also sees the odd version.
     for (std::size_t i = 0; i < kTextWords; ++i) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes + i * sizeof word, sizeof word);
-        record.text[i].store(word, std::memory_order_relaxed);
+        record.text[i].store(word, std::memory_order_release);
     }
-    record.named.store(named, std::memory_order_relaxed);
+    record.named.store(named, std::memory_order_release);
     record.version.store(version + 2, std::memory_order_release);
 }
 
@@ -130,11 +137,10 @@ NameSnapshot readText(const ThreadRecord& record) noexcept {
         const std::uint32_t before = record.version.load(std::memory_order_acquire);
         if ((before & 1U) == 0) {
             for (std::size_t i = 0; i < kTextWords; ++i) {
-                const std::uint64_t word = record.text[i].load(std::memory_order_relaxed);
+                const std::uint64_t word = record.text[i].load(std::memory_order_acquire);
                 std::memcpy(snapshot.bytes + i * sizeof word, &word, sizeof word);
             }
-            snapshot.named = record.named.load(std::memory_order_relaxed);
-            std::atomic_thread_fence(std::memory_order_acquire);
+            snapshot.named = record.named.load(std::memory_order_acquire);
             if (record.version.load(std::memory_order_relaxed) == before) {
                 return snapshot;
             }
@@ -218,27 +224,39 @@ ThreadId registerCurrentThread() noexcept {
     return tCurrent.id;
 }
 
-// In a fork child the forking thread is the only thread: its record moves to
-// its new TID, every other record is free again, and every robust mutex is
-// made new (the kernel would never mark the parent's threads as ended here).
+// In a fork child the forking thread is the only thread. Records held by the
+// parent's live threads (its own included) are retired; free records and those
+// of threads that had ended stay usable. The forking thread moves, name and
+// all, to a record that it claims under its new TID.
 void resetInForkChild() noexcept {
     const int tid = kernelTid();
     ThreadRecord* const own = tCurrent.record;
     for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
          record = record->next) {
-        initLife(*record);
+        const int owner = record->owner.load(std::memory_order_relaxed);
+        if (owner == kClaiming || (owner > 0 && ownerLives(*record, owner))) {
+            record->owner.store(kRetired, std::memory_order_relaxed);
+        }
         const std::uint32_t version = record->version.load(std::memory_order_relaxed);
         record->version.store(version + (version & 1U), std::memory_order_relaxed);
-        if (record == own) {
-            takeLife(*record);
-            record->owner.store(tid, std::memory_order_release);
-        } else {
-            record->owner.store(kFree, std::memory_order_release);
-        }
     }
     tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
-    tCurrent.valid = own != nullptr;
     tCurrent.registering = false;
+    tCurrent.valid = false;
+    tCurrent.record = nullptr;
+    if (own == nullptr) {
+        return;  // registers on its next call
+    }
+    ThreadRecord* moved = claimExisting(tid, pthread_self());
+    if (moved == nullptr) {
+        moved = claimFromNewBlock(tid, pthread_self());
+    }
+    if (moved != nullptr) {
+        const NameSnapshot name = readText(*own);
+        writeText(*moved, name.named, name.fullName(), name.kernelName());
+        tCurrent.record = moved;
+        tCurrent.valid = true;
+    }
 }
 
 [[maybe_unused]] const bool gForkHandlerInstalled =
@@ -255,8 +273,7 @@ ThreadRecord* liveRecordOf(int tid) noexcept {
     return nullptr;
 }
 
-std::optional<std::string> fullNameOf(const NameSnapshot& snapshot,
-                                      std::string_view kernelName) {
+std::optional<std::string> fullNameOf(const NameSnapshot& snapshot, std::string_view kernelName) {
     if (!snapshot.named || snapshot.kernelName() != kernelName) {
         return std::nullopt;
     }
@@ -265,15 +282,10 @@ std::optional<std::string> fullNameOf(const NameSnapshot& snapshot,
 
 }  // namespace
 
-ThreadId currentThreadId() noexcept {
-    if (tCurrent.valid) [[likely]] {
-        return tCurrent.id;
-    }
-    return registerCurrentThread();
-}
-
 ThreadRecord* currentRecord() noexcept {
-    currentThreadId();
+    if (!tCurrent.valid) {
+        registerCurrentThread();
+    }
     return tCurrent.record;
 }
 
@@ -327,3 +339,15 @@ std::vector<pthread_t> knownHandles(const std::vector<int>& tids) {
 }
 
 }  // namespace Strand::linux_layer
+
+namespace Strand::platform {
+
+// Defined beside the cache it reads, so that getThreadId costs one call.
+ThreadId queryCurrentThreadId() {
+    if (linux_layer::tCurrent.valid) [[likely]] {
+        return linux_layer::tCurrent.id;
+    }
+    return linux_layer::registerCurrentThread();
+}
+
+}  // namespace Strand::platform

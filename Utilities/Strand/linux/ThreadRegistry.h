@@ -28,14 +28,14 @@ namespace Strand::linux_layer {
 
 struct ThreadRecord;
 
-// The calling thread's triple. Registers the thread on its first call (and
-// retries on later calls if it could not be registered yet). Never fails.
-// Async-signal-safe: no lock a user can hold, no allocation, and the per-thread
-// cache lives in static TLS, so this holds whatever the load order.
-ThreadId currentThreadId() noexcept;
+// The registry also defines platform::queryCurrentThreadId (Platform.h): the
+// calling thread's triple from a per-thread cache in static TLS, registering
+// the thread on its first call (and retrying on later calls if it could not be
+// registered yet). Async-signal-safe whatever the load order: no lock a user
+// can hold, no allocation.
 
 // The calling thread's record; null only if it could not be registered (no
-// memory for a new block). Async-signal-safe like currentThreadId.
+// memory for a new block). Async-signal-safe like queryCurrentThreadId.
 ThreadRecord* currentRecord() noexcept;
 
 // Records the full name given to the calling thread (record is its own) and
