@@ -25,6 +25,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "JoiningThread.h"
 #include "Strand/Platform.h"
 #include "Strand/ScopedThreadName.h"
 #include "Strand/ThreadId.h"
@@ -93,7 +94,7 @@ auto onNewThread(Fn fn) {
 template <typename Fn>
 void onThreadsAtOnce(int count, Fn body) {
     std::latch start(count);
-    std::vector<std::jthread> threads;
+    std::vector<JoiningThread> threads;
     for (int t = 0; t < count; ++t) {
         threads.emplace_back([&, t] {
             start.arrive_and_wait();

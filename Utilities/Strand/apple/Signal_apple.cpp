@@ -11,6 +11,11 @@
 
 namespace Strand::platform {
 
+// pthread_kill on the handle of a thread that has ended is undefined by POSIX.
+// macOS looks the handle up among the live threads and answers ESRCH for one it
+// does not find; a handle that a newer thread reuses signals that thread, whose
+// handler runs nothing because its numeric id is not the target's. Passing only
+// live threads is the caller's part (Strand/ThreadId.h).
 int sendCrossThreadSignal(const ThreadId& thread) {
     const pthread_t handle = std::get<0>(thread);
     if (handle == pthread_t{} || pthread_equal(handle, pthread_self()) != 0) {

@@ -7,7 +7,14 @@
 // the count raised and returns at once; a count left over from a wake that
 // nobody waited for shows up later as a spurious wake-up, which every waiter
 // tolerates (it checks its word again).
+//
+// Port rights: the semaphore's port is made once and kept for the life of the
+// process. A fork()ed child inherits no Mach port rights, so the name would be
+// dead there and every wait would return at once (the caller spinning until its
+// deadline); the child therefore makes its own semaphore before fork() returns
+// in it, while it has only the one thread.
 #include <mach/mach.h>
+#include <pthread.h>
 
 #include "Strand/Platform.h"
 
@@ -15,17 +22,26 @@ namespace Strand::platform {
 
 namespace {
 
-semaphore_t wakeSemaphore() {
-    static const semaphore_t semaphore = [] {
-        semaphore_t created = MACH_PORT_NULL;
-        semaphore_create(mach_task_self(), &created, SYNC_POLICY_FIFO, 0);
-        return created;
-    }();
+semaphore_t createSemaphore() {
+    semaphore_t created = MACH_PORT_NULL;
+    semaphore_create(mach_task_self(), &created, SYNC_POLICY_FIFO, 0);
+    return created;
+}
+
+void renewInForkChild();
+
+std::atomic<semaphore_t>& wakeSemaphore() {
+    static std::atomic<semaphore_t> semaphore{[] {
+        pthread_atfork(nullptr, nullptr, &renewInForkChild);
+        return createSemaphore();
+    }()};
     return semaphore;
 }
 
+void renewInForkChild() { wakeSemaphore().store(createSemaphore(), std::memory_order_release); }
+
 // Created while the library loads, so a handler never creates it.
-[[maybe_unused]] const semaphore_t gWakeSemaphoreAtLoad = wakeSemaphore();
+[[maybe_unused]] const semaphore_t gWakeSemaphoreAtLoad = wakeSemaphore().load();
 
 }  // namespace
 
@@ -43,12 +59,13 @@ void waitWhileEquals(const std::atomic<std::uint32_t>& word, std::uint32_t expec
     timeout.tv_sec = static_cast<unsigned int>(seconds.count());
     timeout.tv_nsec = static_cast<clock_res_t>(
         std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count());
-    semaphore_timedwait(wakeSemaphore(), timeout);
+    semaphore_timedwait(wakeSemaphore().load(std::memory_order_acquire), timeout);
 }
 
 void wakeWaiters(const std::atomic<std::uint32_t>& /*word*/) {
-    semaphore_signal_all(wakeSemaphore());
-    semaphore_signal(wakeSemaphore());
+    const semaphore_t semaphore = wakeSemaphore().load(std::memory_order_acquire);
+    semaphore_signal_all(semaphore);
+    semaphore_signal(semaphore);
 }
 
 }  // namespace Strand::platform

@@ -5,6 +5,17 @@
 // kernel thread handle). The third element is the primary id: the Mach thread
 // port on Apple platforms, the kernel TID on Linux. None of these functions
 // reports an error: a query the platform refuses yields 0 or an empty list.
+//
+// A ThreadId is a snapshot and holds no reference: once its thread has ended,
+// its POSIX handle names nothing, or a newer thread that got the same handle.
+// On macOS, executeOnThread, getStackTrace and getThreadName(id) hand that
+// handle to pthread_kill / pthread_getname_np, which POSIX leaves undefined for
+// a thread that has ended. macOS looks a handle up among the process's live
+// threads before it uses it, so such a call finds nothing (no signal, empty
+// name); a handle reused by a newer thread reaches that thread, whose signal
+// handler runs nothing, since its numeric id is not the target's (the call is
+// withdrawn after 100 ms). The caller's part: pass only ids of threads that have
+// not ended, for instance by joining a thread only after the last such call.
 #pragma once
 
 #include <pthread.h>
