@@ -5,6 +5,9 @@
 
 #include <cctype>
 #include <functional>
+#include <locale>
+#include <sstream>
+#include <type_traits>
 
 #include "StringUtils/StringUtils.h"
 #include "TestLocale.h"
@@ -20,9 +23,18 @@ struct Probe {
     std::function<std::string()> run;
 };
 
+// The value in the classic locale, so that only the library's own use of the
+// global locale can make two results differ.
 template <typename T>
 std::string shown(const T& value) {
-    return testing::PrintToString(value);
+    if constexpr (std::is_arithmetic_v<T>) {
+        std::ostringstream out;
+        out.imbue(std::locale::classic());
+        out << std::boolalpha << value;
+        return out.str();
+    } else {
+        return testing::PrintToString(value);
+    }
 }
 
 // Capital I and lower-case i are where a Turkish locale differs from ASCII;
