@@ -31,6 +31,15 @@
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"
 
+// Whether a cancelled thread can unwind its C++ frames in this build. Debian's
+// libc++ runtime unwinds with LLVM's libunwind, glibc's cancellation with
+// libgcc's; mixed, any program whose cancelled thread has C++ frames crashes.
+#if defined(_LIBCPP_VERSION) && defined(__linux__)
+constexpr bool kCancellationUnwinds = false;
+#else
+constexpr bool kCancellationUnwinds = true;
+#endif
+
 // Whether ThreadSanitizer instruments this build (GCC and Clang spell it apart).
 #if defined(__SANITIZE_THREAD__)
 #define STRAND_TEST_UNDER_TSAN 1

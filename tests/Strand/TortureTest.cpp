@@ -198,7 +198,7 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
         });
     }
     for (unsigned i = 0; i < 16; ++i) threads.emplace_back(runWorkerSlot, std::ref(s), i);
-    threads.emplace_back(runCancellations, std::ref(s));
+    if (kCancellationUnwinds) threads.emplace_back(runCancellations, std::ref(s));
     samplersKnown.arrive_and_wait();
     // Stray signals: every other one to a sampler, to land also while it
     // publishes or withdraws a call, the rest to workers.
@@ -219,7 +219,7 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_GT(gateTraces[0], 0);
     EXPECT_GT(gateTraces[1], 0);
-    EXPECT_GT(s.cancellations, 0);
+    if (kCancellationUnwinds) EXPECT_GT(s.cancellations, 0);
     std::cout << gateTraces[0] << " and " << gateTraces[1] << " traces at the gate, "
               << s.cancellations << " threads cancelled during a call\n";
 }
