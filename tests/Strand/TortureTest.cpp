@@ -219,7 +219,9 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_GT(gateTraces[0], 0);
     EXPECT_GT(gateTraces[1], 0);
-    if (kCancellationUnwinds) EXPECT_GT(s.cancellations, 0);
+    if (kCancellationUnwinds) {
+        EXPECT_GT(s.cancellations, 0);
+    }
     std::cout << gateTraces[0] << " and " << gateTraces[1] << " traces at the gate, "
               << s.cancellations << " threads cancelled during a call\n";
 }
