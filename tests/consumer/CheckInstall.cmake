@@ -6,24 +6,18 @@
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
-function(run)
-  execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
-  if(NOT result EQUAL 0)
-    message(FATAL_ERROR "Failed: ${ARGN}\n${out}\n${err}")
-  endif()
-  message(STATUS "${out}")
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/../package/Common.cmake)
 
-run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+strand_run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
 if(TOOLCHAIN_FILE)
   set(compiler_args -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE})
 else()
   set(compiler_args -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
-run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE} -B ${WORK_DIR}/build -G ${GENERATOR}
+strand_run(${CMAKE_COMMAND} -S ${CONSUMER_SOURCE} -B ${WORK_DIR}/build -G ${GENERATOR}
     ${compiler_args} -DCMAKE_PREFIX_PATH=${prefix}
     "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}" "-DCMAKE_EXE_LINKER_FLAGS=${LINKER_FLAGS}")
-run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
+strand_run(${CMAKE_COMMAND} --build ${WORK_DIR}/build)
 
 file(GLOB framework LIST_DIRECTORIES true ${prefix}/lib*/Strand.framework)
 if(framework)
@@ -45,5 +39,5 @@ if(framework)
 endif()
 
 if(CONSUMER_RUNS)
-  run(${WORK_DIR}/build/consumer)
+  strand_run(${WORK_DIR}/build/consumer)
 endif()
