@@ -1,3 +1,9 @@
+// The store's lock-free protocol, and why it holds on weakly ordered machines
+// (arm64) as on x86: an adder reserves a slot with a fetch_add on nextIndex,
+// so every slot has exactly one writer; it writes the entry, then raises the
+// slot's ready flag with release. A reader copies a slot only after loading its
+// flag with acquire, so it sees the whole entry; a reserved slot whose flag is
+// still down is skipped. Entries are never rewritten once ready.
 #include "Strand/ContextStore.h"
 
 #include "Strand/ContextHelpers.h"

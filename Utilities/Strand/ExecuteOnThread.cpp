@@ -20,11 +20,24 @@
 // returned is parked on a list and destroyed by a later caller once its handler
 // has finished with it.
 //
-// Cancellation of the target is deferred while the function runs: a cancel
-// request that arrives meanwhile (also while the function sits in a
-// cancellation point) takes effect at the target's next cancellation point
-// after the handler has returned. Unwinding through the handler instead would
-// cross the interrupted code, which may have no unwind information.
+// Cancellation of the target is held off from the handler's first calls to
+// its last: a cancel request that arrives meanwhile (also while the
+// function sits in a cancellation point) takes effect at the target's next
+// cancellation point after the handler, or, where the interrupted code had
+// asynchronous cancellation on (glibc turns it on inside blocking calls), as
+// the handler restores the cancellation type. The entry frame has nothing to clean up, so
+// that unwinding passes through it; so does a function that ends its thread
+// (pthread_exit), after the call is marked finished.
+//
+// A function that leaves the handler by longjmp never marks its call finished:
+// its caller gives up after the 4 s and parks the record, which is destroyed
+// once the target thread has ended (platform::threadIncarnation).
+//
+// Ordering: every atomic here is sequentially consistent (the default), so
+// the argument is the same on arm64 as on x86: a caller stores the record and
+// its fields before gTarget (so the handler whose compare-and-swap on gTarget
+// succeeds sees them), and the handler's fetch_or of kFinished is its last
+// access to the record, so a caller that loads kFinished may destroy it.
 //
 // Process-wide state is never destroyed, not even at exit (NoDestructor.h):
 // threads the client never joins may still be inside a call while static
@@ -45,8 +58,9 @@
 #include <new>
 #include <utility>
 
-#include "Support/NoDestructor.h"
 #include "Strand/Platform.h"
+#include "Support/DropExceptions.h"
+#include "Support/NoDestructor.h"
 
 namespace Strand {
 
@@ -76,6 +90,8 @@ struct SignalContext {
     std::atomic<std::uint32_t> state{0};
     // When the handler accepted the call, raised before kStarted.
     std::atomic<Clock::rep> startedAt{0};
+    // Set when parked: the target as it ran then (platform::threadIncarnation).
+    std::uint64_t incarnation = platform::kThreadUnknown;
     SignalContext* nextRetired = nullptr;
 };
 
@@ -112,22 +128,28 @@ SignalContext* claimCall(int self) {
     return gTarget.compare_exchange_strong(word, 0) ? context : nullptr;
 }
 
-void runCall(SignalContext& context) {
-    context.startedAt.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
-    context.state.fetch_or(kStarted);
-    try {
-        if (context.function) {
-            context.function();
-        }
-    } catch (...) {
-        // Nothing thrown on the target reaches the caller.
-    }
-    // The last touch of the record: from here on the caller may destroy it. The
-    // wake-up only passes the word's address to the kernel.
+// The last touch of the record: from here on the caller may destroy it. The
+// wake-up only passes the word's address to the kernel.
+void markFinished(SignalContext& context) {
     const std::atomic<std::uint32_t>& word = context.state;
     if ((context.state.fetch_or(kFinished) & kSleeping) != 0) {
         platform::wakeWaiters(word);
     }
+}
+
+void runCall(SignalContext& context) {
+    context.startedAt.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
+    context.state.fetch_or(kStarted);
+    // Nothing thrown on the target reaches the caller; a function that ends
+    // its thread finishes its call on the way out.
+    quill::callDroppingExceptions(
+        [&] {
+            if (context.function) {
+                context.function();
+            }
+        },
+        [&] { markFinished(context); });
+    markFinished(context);
 }
 
 // Waits until finished is raised or deadline passes: spins briefly, then
@@ -195,6 +217,21 @@ struct RetiredChain {
     }
 };
 
+// Whether the thread that claimed a parked call has ended, so that its handler
+// cannot be running (it left by longjmp, say); false when that cannot be told.
+bool targetEnded(const SignalContext& context) {
+    if (context.incarnation == platform::kThreadEnded) {
+        return true;
+    }
+    if (context.incarnation == platform::kThreadUnknown) {
+        return false;
+    }
+    const std::uint64_t now =
+        platform::threadIncarnation(ThreadId{pthread_t{}, context.threadId,
+                                             static_cast<unsigned int>(context.threadId)});
+    return now != platform::kThreadUnknown && now != context.incarnation;
+}
+
 // Unlinks the parked records whose handlers have finished into released, to be
 // destroyed once gSignalMutex is free; not inside the library's handler (where
 // the signal is blocked), which a function that itself calls may be running in.
@@ -205,7 +242,7 @@ void collectRetired(RetiredChain& released) {
     }
     for (SignalContext** link = &gRetired; *link != nullptr;) {
         SignalContext* const context = *link;
-        if ((context->state.load() & kFinished) != 0) {
+        if ((context->state.load() & kFinished) != 0 || targetEnded(*context)) {
             *link = context->nextRetired;
             context->nextRetired = released.head;
             released.head = context;
@@ -228,26 +265,43 @@ void resetInForkChild() {
 [[maybe_unused]] const bool gForkHandlerInstalled =
     pthread_atfork(nullptr, nullptr, &resetInForkChild) == 0;
 
-}  // namespace
-
-void signalActionHandler(int /*signalNumber*/, siginfo_t* /*info*/, void* /*context*/) {
-    const int savedErrno = errno;
+// Serves the call published for the calling thread, if any. Kept out of the
+// handler's own frame: its exception table covers only its calls, and an
+// asynchronous cancel that stops a frame between calls in such a table aborts
+// the process.
+__attribute__((noinline)) void serveCallForThisThread() {
     if (SignalContext* const context = claimCall(gettid())) {
-        int cancelState = PTHREAD_CANCEL_ENABLE;
-        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
         runCall(*context);
-        // A pending request is acted on at the next cancellation point, or here
-        // for a thread that chose asynchronous cancellation; the record is no
-        // longer touched either way.
-        pthread_setcancelstate(cancelState, nullptr);
     }
+}
+
+// The handler. Until cancellation is deferred, an asynchronous cancel may
+// unwind this frame from any instruction, so it holds nothing to clean up (no
+// destructor, no try, not noexcept) and has no exception table: the unwinder
+// passes through it to the interrupted code. Cancellation is made deferred
+// before it is disabled, and enabled again before it is made asynchronous
+// again, so that a request that arrived meanwhile acts in
+// pthread_setcanceltype, which ends the thread as cancelled (acting in
+// pthread_setcancelstate, glibc leaves the thread's result null).
+void crossThreadSignalHandler(int /*signalNumber*/, siginfo_t* /*info*/, void* /*context*/) {
+    int cancelType = PTHREAD_CANCEL_DEFERRED;
+    int cancelState = PTHREAD_CANCEL_ENABLE;
+    pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &cancelType);
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
+    const int savedErrno = errno;
+    serveCallForThisThread();
     errno = savedErrno;
+    // A pending request acts at the next cancellation point, or here if the
+    // interrupted code had asynchronous cancellation on (glibc turns it on
+    // inside blocking calls); the record is no longer touched either way.
+    pthread_setcancelstate(cancelState, nullptr);
+    pthread_setcanceltype(cancelType, nullptr);
 }
 
 void initializeExecuteOnThread() {
     // Whatever the library itself runs inside the handler is loaded first.
     platform::prepareBacktrace();
-    platform::installCrossThreadHandler(&signalActionHandler);
+    platform::installCrossThreadHandler(&crossThreadSignalHandler);
 }
 
 // Installing twice is harmless, so racing first calls need no lock (which a
@@ -258,6 +312,8 @@ void initializeExecuteOnThreadOnce() {
         gInstalled.store(true, std::memory_order_release);
     }
 }
+
+}  // namespace
 
 void executeOnThread(const ThreadId& thread, const std::function<void()>& function) {
     initializeExecuteOnThreadOnce();
@@ -274,6 +330,7 @@ void executeOnThread(const ThreadId& thread, const std::function<void()>& functi
     const std::lock_guard<std::mutex> oneCallAtATime(*gSignalMutex);
     collectRetired(released);
     if (!serve(thread, *context)) {
+        context->incarnation = platform::threadIncarnation(thread);
         context->nextRetired = gRetired;
         gRetired = context.release();
     }

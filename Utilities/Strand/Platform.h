@@ -40,6 +40,18 @@ ThreadId queryCurrentThreadId();
 // Every thread of this process in the kernel's order; empty on refusal.
 std::vector<ThreadId> listThreads();
 
+// What threadIncarnation answers for a thread that has ended, and when the
+// platform cannot tell.
+constexpr std::uint64_t kThreadEnded = 0;
+constexpr std::uint64_t kThreadUnknown = ~std::uint64_t{0};
+
+// A key for the thread that id names as it runs now, different from the key of
+// any other thread that held or will hold the same ids in this process:
+// kThreadEnded if no thread holds them now, kThreadUnknown if the platform
+// cannot tell (Linux: the TID's start in /proc, which may be unreadable; macOS:
+// the Mach thread id behind the port). Not signal-safe.
+std::uint64_t threadIncarnation(const ThreadId& id);
+
 // Names the calling thread. name is NUL-terminated and at most 63 bytes.
 // Returns 0, or the platform's error number when it refuses. Where the
 // kernel's name of the main thread is the process's name (Linux), the main
@@ -66,7 +78,10 @@ using SignalHandler = void (*)(int signalNumber, siginfo_t* info, void* context)
 // Installs handler for the cross-thread signal for the rest of the process's
 // life: three-argument form, empty mask (so the signal itself is blocked while
 // the handler runs), and no automatic restart of interrupted calls. The previous
-// disposition is dropped. Returns false if the platform refuses.
+// disposition is dropped. The image that holds handler (libStrand, or a plugin
+// that links the library in) stays loaded from then on, whatever dlclose is
+// called, so the disposition never points at unmapped code. Returns false if
+// the platform refuses. Not signal-safe.
 bool installCrossThreadHandler(SignalHandler handler);
 
 // Sends the cross-thread signal to thread. Returns 0, or the platform's error

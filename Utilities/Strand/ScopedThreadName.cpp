@@ -4,6 +4,7 @@
 #include "Strand/ScopedThreadNotifications.h"
 #include "Strand/ThreadName.h"
 #include "StringUtils/HexAndFileName.h"
+#include "Support/DropExceptions.h"
 
 namespace Strand {
 
@@ -34,6 +35,14 @@ bool hasCallSite(const quill::source::location& location) {
     return location.file != nullptr && location.function != nullptr;
 }
 
+// An object whose constructor is left by its thread's own unwinding never
+// lives, so it must not keep the thread's turn to notify.
+void giveUpTurn(const ScopedThreadName* object) {
+    if (thread_notifier_id == object) {
+        thread_notifier_id = nullptr;
+    }
+}
+
 }  // namespace
 
 ScopedThreadName::ScopedThreadName(const std::string& name, bool notifyListeners)
@@ -41,10 +50,7 @@ ScopedThreadName::ScopedThreadName(const std::string& name, bool notifyListeners
     try {
         init(name);
     } catch (...) {
-        // This object never lives, so it must not keep the thread's turn.
-        if (thread_notifier_id == this) {
-            thread_notifier_id = nullptr;
-        }
+        giveUpTurn(this);  // this object never lives
         throw;
     }
 }
@@ -54,45 +60,50 @@ ScopedThreadName::ScopedThreadName(const quill::source::location& location)
 
 ScopedThreadName::ScopedThreadName(const std::string& name,
                                    const quill::source::location& location) {
-    try {
-        if (hasCallSite(location)) {
-            const std::string prefix = name.empty() ? std::string() : name + ":";
-            init(prefix + fileAndLine(location) + location.function);
-        }
-        // Saved only now, so it is the thread's hint from before the location's.
-        previousHint = hint::getExternalInputHint();
-        hint::copyThreadStorageIfNecessary(location);
-    } catch (...) {
-        // Dropped: work must not fail because naming or a listener did.
-    }
+    // Exceptions are dropped: work must not fail because naming or a listener
+    // did. A thread that ends meanwhile (cancelled in a listener) goes on ending.
+    quill::callDroppingExceptions(
+        [&] {
+            if (hasCallSite(location)) {
+                const std::string prefix = name.empty() ? std::string() : name + ":";
+                init(prefix + fileAndLine(location) + location.function);
+            }
+            // Saved only now, so it is the thread's hint from before the location's.
+            previousHint = hint::getExternalInputHint();
+            hint::copyThreadStorageIfNecessary(location);
+        },
+        [this] { giveUpTurn(this); });
 }
 
 ScopedThreadName::ScopedThreadName(const std::type_info& type,
                                    const quill::source::location& location) {
-    try {
-        if (hasCallSite(location)) {
-            init(fileAndLine(location) + "<" + type.name() + ">" + location.function);
-        }
-    } catch (...) {
-        // Dropped, as above.
-    }
+    // Dropped, as above.
+    quill::callDroppingExceptions(
+        [&] {
+            if (hasCallSite(location)) {
+                init(fileAndLine(location) + "<" + type.name() + ">" + location.function);
+            }
+        },
+        [this] { giveUpTurn(this); });
 }
 
-ScopedThreadName::~ScopedThreadName() {
-    try {
-        if (notify && thread_notifier_id == this) {
-            thread_notifier_id = nullptr;
-            notifier.fireOnEnded();
-        }
-        setThreadName(previousName);
-        if (previousHint) {
-            previousHint->setAsExternalInputHint();
-        } else {
-            hint::clearExternalInputHint();
-        }
-    } catch (...) {
-        // Dropped: a destructor must not throw.
-    }
+// Lets a thread's own unwinding (a cancel inside onEnded) through, and drops
+// every exception.
+ScopedThreadName::~ScopedThreadName() noexcept(false) {
+    quill::callDroppingExceptions(
+        [&] {
+            if (notify && thread_notifier_id == this) {
+                thread_notifier_id = nullptr;
+                notifier.fireOnEnded();
+            }
+            setThreadName(previousName);
+            if (previousHint) {
+                previousHint->setAsExternalInputHint();
+            } else {
+                hint::clearExternalInputHint();
+            }
+        },
+        [] {});
 }
 
 void ScopedThreadName::init(const std::string& name) {

@@ -11,11 +11,11 @@ constexpr std::size_t kMaxNameBytes = 63;
 }  // namespace
 
 void setThreadName(const std::string& name) {
-    std::string copy = name;
-    if (copy.size() > kMaxNameBytes) {
-        copy.resize(kMaxNameBytes);
-    }
-    const int rc = platform::setCurrentThreadName(copy.c_str());
+    // A longer name is cut in a buffer of its own; a shorter one is passed as is.
+    char cut[kMaxNameBytes + 1] = {};
+    const char* const text =
+        name.size() > kMaxNameBytes ? (name.copy(cut, kMaxNameBytes), cut) : name.c_str();
+    const int rc = platform::setCurrentThreadName(text);
     if (rc == 0) {
         return;
     }

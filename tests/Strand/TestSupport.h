@@ -49,6 +49,15 @@ constexpr bool kCancellationUnwinds = true;
 #endif
 #endif
 
+// Whether AddressSanitizer instruments this build.
+#if defined(__SANITIZE_ADDRESS__)
+#define STRAND_TEST_UNDER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define STRAND_TEST_UNDER_ASAN 1
+#endif
+#endif
+
 // Functions whose names tests look for in traces: never inlined, and exported
 // (with the executable's ENABLE_EXPORTS) so that trace lines name them.
 #define STRAND_TEST_TRACEABLE __attribute__((noinline, visibility("default")))

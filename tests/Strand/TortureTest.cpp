@@ -1,7 +1,8 @@
 // Takes stack traces for a while of threads that are busy allocating, locking,
-// waiting, sleeping, ending, being cancelled and being replaced, amid stray
-// signals. Run as its
-// own ctest test; its length in seconds comes from STRAND_TORTURE_SECONDS.
+// waiting, sleeping, ending, being cancelled (inside a call, in a blocking call
+// amid stray signals, inside a scope listener) and being replaced, amid stray
+// signals. Run as its own ctest test; its length in seconds comes from
+// STRAND_TORTURE_SECONDS.
 #include <cstdlib>
 #include <deque>
 #include <iostream>
@@ -107,28 +108,59 @@ void* tortureAwaitCancellation(void* victim) {
     for (;;) pause();
 }
 
-// Cancels one thread after another while a function runs on it in a
-// cancellation point; the samplers trace these threads too.
+// The victim a scope listener lists and then holds in a cancellation point.
+thread_local Victim* tVictimInListener = nullptr;
+
+struct BlockingListener : Strand::IScopedThreadCallback {
+    void onStarted() override {
+        if (tVictimInListener != nullptr) {
+            listVictim(*tVictimInListener);
+            for (;;) pause();
+        }
+    }
+    void onEnded() override {}
+};
+
+// Cancelled inside a scope listener. The scope lives on the heap, for the
+// reason given above.
+void* tortureCancelledInListener(void* victim) {
+    tVictimInListener = static_cast<Victim*>(victim);
+    delete new Strand::ScopedThreadName("torture victim");
+    return nullptr;
+}
+
+// Cancels one thread after another, in turn: while a function runs on it in a
+// cancellation point; while it waits in pause() and stray signals arrive; and
+// inside a scope listener. The samplers trace these threads too.
 void runCancellations(Shared& s) {
-    while (!s.stop) {
+    for (unsigned round = 0; !s.stop; ++round) {
         Victim victim{&s};
         pthread_t handle{};
-        pthread_create(&handle, nullptr, &tortureAwaitCancellation, &victim);
+        pthread_create(&handle, nullptr,
+                       round % 3 == 2 ? &tortureCancelledInListener : &tortureAwaitCancellation,
+                       &victim);
         victim.known.wait();
         std::promise<void> entered;
         std::atomic<bool> cancelled{false};
         std::thread caller([&] {
-            Strand::executeOnThread(victim.id, [&] {
+            if (round % 3 == 0) {
+                Strand::executeOnThread(victim.id, [&] {
+                    entered.set_value();
+                    for (int i = 0; i < 100 && !cancelled; ++i) usleep(100);
+                });
+            } else {
                 entered.set_value();
-                for (int i = 0; i < 100 && !cancelled; ++i) usleep(100);
-            });
+                while (!cancelled) Strand::platform::sendCrossThreadSignal(victim.id);
+            }
         });
         // Cancelled also if the call was not accepted in time.
         entered.get_future().wait_for(std::chrono::milliseconds(200));
         pthread_cancel(handle);
+        void* result = nullptr;
+        pthread_join(handle, &result);
         cancelled = true;
         caller.join();
-        pthread_join(handle, nullptr);
+        EXPECT_EQ(result, PTHREAD_CANCELED) << "round " << round;
         s.locked([&] {
             std::erase(s.live, victim.id);
             ++s.cancellations;
@@ -186,6 +218,8 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     const int seconds = text != nullptr ? std::atoi(text) : 0;
     // Until the library has installed its handler, SIGUSR1 would end the process.
     Strand::executeOnThread(Strand::getThreadId(), [] {});
+    const auto listener = std::make_shared<BlockingListener>();
+    Strand::ScopedThreadName::registerCallback(listener);
     Shared s;
     int gateTraces[2] = {0, 0};
     std::latch samplersKnown(3);
@@ -217,6 +251,7 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     s.locked([&] { s.gateClosed = true; });
     s.changed.notify_all();
     for (std::thread& thread : threads) thread.join();
+    Strand::ScopedThreadName::unRegisterCallback(listener);
     EXPECT_GT(gateTraces[0], 0);
     EXPECT_GT(gateTraces[1], 0);
     if (kCancellationUnwinds) {

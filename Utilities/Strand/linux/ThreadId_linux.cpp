@@ -10,6 +10,7 @@
 #include <cstdlib>
 
 #include "Strand/Platform.h"
+#include "Strand/linux/TaskStart.h"
 #include "Strand/linux/ThreadRegistry.h"
 
 namespace Strand {
@@ -46,6 +47,19 @@ std::vector<ThreadId> listThreads() {
         }
     }
     return threads;
+}
+
+std::uint64_t threadIncarnation(const ThreadId& id) {
+    const linux_layer::TaskStart start = linux_layer::taskStart(std::get<1>(id));
+    switch (start.state) {
+        case linux_layer::TaskStart::State::kRunning:
+            return start.ticks;
+        case linux_layer::TaskStart::State::kEnded:
+            return kThreadEnded;
+        case linux_layer::TaskStart::State::kUnknown:
+            break;
+    }
+    return kThreadUnknown;
 }
 
 }  // namespace platform

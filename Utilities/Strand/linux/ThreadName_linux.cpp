@@ -29,12 +29,13 @@ int setKernelName(const char* name) { return pthread_setname_np(pthread_self(), 
 
 std::atomic<NameSetter> gNameSetter{&setKernelName};
 
-// The calling thread's kernel name; empty if it cannot be read.
-std::string ownKernelName() {
-    char buffer[32] = {};  // PR_GET_NAME writes at most 16 bytes, NUL included
+// The calling thread's kernel name into buffer (16 bytes); empty if it cannot
+// be read.
+std::string_view ownKernelName(char (&buffer)[kKernelNameBytes + 1]) {
     if (prctl(PR_GET_NAME, buffer, 0, 0, 0) != 0) {
-        return {};
+        buffer[0] = '\0';
     }
+    buffer[kKernelNameBytes] = '\0';
     return buffer;
 }
 
@@ -63,12 +64,12 @@ std::string kernelName(int tid) {
 
 int setCurrentThreadName(const char* name) {
     const std::string_view fullName(name);
-    std::string kernelNow;
-    if (std::get<1>(getThreadId()) == getpid()) {
-        kernelNow = ownKernelName();
+    char kernelNow[kKernelNameBytes + 1] = {};
+    if (linux_layer::currentIsMainThread()) {
+        ownKernelName(kernelNow);
     } else {
-        kernelNow = fullName.substr(0, kKernelNameBytes);
-        if (const int rc = gNameSetter.load(std::memory_order_acquire)(kernelNow.c_str())) {
+        fullName.substr(0, kKernelNameBytes).copy(kernelNow, kKernelNameBytes);
+        if (const int rc = gNameSetter.load(std::memory_order_acquire)(kernelNow)) {
             return rc;
         }
     }
@@ -83,14 +84,15 @@ std::string threadName(const ThreadId& id) {
     if (tid <= 0) {
         return {};
     }
-    if (tid == std::get<1>(getThreadId())) {
-        std::string name = ownKernelName();
+    if (tid == std::get<1>(queryCurrentThreadId())) {
+        char buffer[kKernelNameBytes + 1] = {};
+        const std::string_view name = ownKernelName(buffer);
         if (linux_layer::ThreadRecord* const self = linux_layer::currentRecord()) {
             if (auto full = linux_layer::ownFullName(*self, name)) {
                 return std::move(*full);
             }
         }
-        return name;
+        return std::string(name);
     }
     std::string name = kernelName(tid);
     if (auto full = linux_layer::fullNameIfCurrent(tid, name)) {

@@ -1,8 +1,38 @@
+// The thread registry's lock-free protocols, and why each holds on a weakly
+// ordered machine (arm64) as on x86:
+//
+// 1. Blocks. A grower reserves slots in gBlocks with a fetch_add on
+//    gBlockCount, maps and builds the records, then stores each block's
+//    address with release. Readers load the count and each address with
+//    acquire, so they see built records, and skip a null address (a block still
+//    being built). Records are never unmapped.
+// 2. The free stack. gFreeHead packs a push/pop tag (high 32 bits) and the top
+//    record's index + 1 (low 32 bits; 0 for empty). push stores the record's
+//    nextFree, then swaps the head with release; pop loads the head with
+//    acquire, so it reads the nextFree that was pushed, and swaps in that link
+//    with a bumped tag. A pop whose top was popped and pushed again meanwhile
+//    fails its swap because the tag moved (ABA), unless 2^32 pushes and pops
+//    fit inside its window. A record reached through the head was pushed by a
+//    thread that had seen its block's address, so the popper sees it too.
+// 3. A record's contents (handle, start, name) are a seqlock written by one
+//    thread at a time: the claimer, then the owner itself. The writer makes
+//    version odd, stores every field with release (a reader that sees a new
+//    field therefore sees the odd version) and makes version even with
+//    release. A reader loads version with acquire, then owner and the fields
+//    with acquire (so its second version load cannot move before them), then
+//    version again: equal even values mean no write overlapped its copy.
+// 4. Ownership. owner goes kFree -> kClaiming (by the thread that popped the
+//    record) -> the owner's TID (release, after the contents are written) ->
+//    kFree (by the one sweeper, once the kernel says that very thread ended,
+//    so it writes no more). A claim changes version before it publishes a new
+//    owner, so a reader whose copy saw a TID holds that claim's contents.
+//
+// Memory: a sweep runs only when the free stack is empty, and afterwards at
+// least half of all records are free (it maps as many again otherwise), so
+// each sweep of n records is paid for by n / 2 registrations, and the number of
+// records stays below four times the peak number of threads alive at once.
 #include "Strand/linux/ThreadRegistry.h"
 
-#include "Strand/Platform.h"
-
-#include <linux/futex.h>
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
@@ -10,10 +40,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <new>
+
+#include "Strand/Platform.h"
+#include "Strand/linux/TaskStart.h"
 
 namespace Strand::linux_layer {
 
@@ -21,40 +53,36 @@ namespace {
 
 constexpr int kFree = 0;
 constexpr int kClaiming = -1;
-// In a fork child: held by a thread of the parent (the forking thread under its
-// parent-side TID included). Never reused: the kernel will never mark those
-// owners as ended, and a thread must not lock a mutex it already holds.
-constexpr int kRetired = -2;
 
 constexpr std::size_t kFullNameBytes = 64;    // 63 bytes and the NUL
 constexpr std::size_t kKernelNameBytes = 16;  // TASK_COMM_LEN
 constexpr std::size_t kTextWords = (kFullNameBytes + kKernelNameBytes) / sizeof(std::uint64_t);
 
+constexpr std::uint32_t kBlockRecords = 64;
+// Enough for every TID the kernel can hand out (pid_max is at most 2^22).
+constexpr std::uint32_t kMaxBlocks = (1U << 22) / kBlockRecords;
+
 }  // namespace
 
-// One thread's entry. owner is kFree, kClaiming, or the owner's TID; the
-// owner holds life (a robust mutex) from the claim on. The name is guarded by
-// a sequence counter (odd while the owner rewrites it), so readers never block
-// the owner and the owner never blocks.
 struct ThreadRecord {
-    pthread_mutex_t life;
+    std::uint32_t index = 0;  // fixed when the block is built
     std::atomic<int> owner{kFree};
-    std::atomic<pthread_t> handle{};
+    std::atomic<std::uint32_t> nextFree{0};  // the free stack's link: index + 1, or 0
     std::atomic<std::uint32_t> version{0};
+    std::atomic<pthread_t> handle{};
+    std::atomic<std::uint64_t> start{0};  // TaskStart ticks; 0 if /proc could not tell
     std::atomic<bool> named{false};
     std::atomic<std::uint64_t> text[kTextWords] = {};  // full name, then kernel name
-    // The next record in the registry; set before the record is published.
-    ThreadRecord* next = nullptr;
 };
 static_assert(std::atomic<pthread_t>::is_always_lock_free);
 static_assert(std::atomic<std::uint64_t>::is_always_lock_free);
 
 namespace {
 
-// The newest record; every record is reachable from here, none is ever freed.
-std::atomic<ThreadRecord*> gNewest{nullptr};
-std::atomic<std::size_t> gRecordCount{0};
-constexpr std::size_t kMinBlockRecords = 64;
+constinit std::atomic<ThreadRecord*> gBlocks[kMaxBlocks] = {};
+constinit std::atomic<std::uint32_t> gBlockCount{0};
+constinit std::atomic<std::uint64_t> gFreeHead{0};
+constinit std::atomic<bool> gSweeping{false};
 
 // The calling thread's identity and record, in static TLS (initial-exec), so
 // that the first touch on a thread allocates nothing even when the library was
@@ -64,57 +92,117 @@ struct CurrentThread {
     ThreadRecord* record = nullptr;
     bool valid = false;
     bool registering = false;
+    bool isMain = false;
 };
 __attribute__((tls_model("initial-exec"))) constinit thread_local CurrentThread tCurrent;
 
 int kernelTid() noexcept { return static_cast<int>(syscall(SYS_gettid)); }
 
-void initLife(ThreadRecord& record) noexcept {
-    pthread_mutexattr_t attributes;
-    pthread_mutexattr_init(&attributes);
-    pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST);
-    pthread_mutex_init(&record.life, &attributes);
-    pthread_mutexattr_destroy(&attributes);
-}
-
-// Whether the kernel still counts tid as the live owner of record's mutex. At
-// a thread's end the kernel replaces its TID there by FUTEX_OWNER_DIED.
-bool ownerLives(const ThreadRecord& record, int tid) noexcept {
-    const int word = __atomic_load_n(&record.life.__data.__lock, __ATOMIC_ACQUIRE);
-    return (word & FUTEX_TID_MASK) == tid && (word & FUTEX_OWNER_DIED) == 0;
-}
-
-// Takes record's mutex for the calling thread. A try-lock: the mutex is free or
-// its owner has died, and try-locks add no lock-order edges for race detectors.
-bool takeLife(ThreadRecord& record) noexcept {
-    int rc = pthread_mutex_trylock(&record.life);
-    if (rc == EOWNERDEAD) {
-        rc = pthread_mutex_consistent(&record.life);
+// Calls fn(record) for every record built so far.
+template <typename Fn>
+void forEachRecord(Fn fn) {
+    const std::uint32_t blocks = std::min(gBlockCount.load(std::memory_order_acquire), kMaxBlocks);
+    for (std::uint32_t b = 0; b < blocks; ++b) {
+        if (ThreadRecord* const block = gBlocks[b].load(std::memory_order_acquire)) {
+            for (std::uint32_t i = 0; i < kBlockRecords; ++i) fn(block[i]);
+        }
     }
-    return rc == 0;
 }
 
-// Whether this thread is inside the C library's update of its robust-mutex
-// list (a signal handler that interrupted user code locking a robust mutex):
-// taking a robust mutex now would corrupt that list, so registering waits.
-bool robustListBusy() noexcept {
-    robust_list_head* head = nullptr;
-    std::size_t length = 0;
-    if (syscall(SYS_get_robust_list, 0, &head, &length) != 0 || head == nullptr) {
-        return false;
+ThreadRecord& recordAt(std::uint32_t index) noexcept {
+    return gBlocks[index / kBlockRecords].load(std::memory_order_acquire)[index % kBlockRecords];
+}
+
+void push(ThreadRecord& record) noexcept {
+    std::uint64_t head = gFreeHead.load(std::memory_order_relaxed);
+    std::uint64_t next = 0;
+    do {
+        record.nextFree.store(static_cast<std::uint32_t>(head), std::memory_order_relaxed);
+        next = ((head >> 32) + 1) << 32 | (record.index + 1);
+    } while (!gFreeHead.compare_exchange_weak(head, next, std::memory_order_release,
+                                              std::memory_order_relaxed));
+}
+
+ThreadRecord* pop() noexcept {
+    std::uint64_t head = gFreeHead.load(std::memory_order_acquire);
+    for (;;) {
+        const auto top = static_cast<std::uint32_t>(head);
+        if (top == 0) return nullptr;
+        ThreadRecord& record = recordAt(top - 1);
+        const std::uint64_t next =
+            ((head >> 32) + 1) << 32 | record.nextFree.load(std::memory_order_relaxed);
+        if (gFreeHead.compare_exchange_weak(head, next, std::memory_order_acquire,
+                                            std::memory_order_acquire)) {
+            return &record;
+        }
     }
-    return head->list_op_pending != nullptr;
 }
 
-void writeText(ThreadRecord& record, bool named, std::string_view fullName,
-               std::string_view kernelName) noexcept {
+// Maps at least count new records, pushes all but one and returns that one;
+// null if the kernel refuses memory. mmap, not malloc: this may run inside a
+// signal handler.
+ThreadRecord* grow(std::size_t count) noexcept {
+    const auto blocks = static_cast<std::uint32_t>((count + kBlockRecords - 1) / kBlockRecords);
+    const std::uint32_t first = gBlockCount.fetch_add(blocks, std::memory_order_acq_rel);
+    if (first >= kMaxBlocks || blocks > kMaxBlocks - first) return nullptr;
+    const std::size_t records = std::size_t{blocks} * kBlockRecords;
+    void* const memory = mmap(nullptr, records * sizeof(ThreadRecord), PROT_READ | PROT_WRITE,
+                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) return nullptr;
+    auto* const built = static_cast<ThreadRecord*>(memory);
+    for (std::size_t i = 0; i < records; ++i) {
+        new (&built[i]) ThreadRecord;
+        built[i].index = static_cast<std::uint32_t>(first * kBlockRecords + i);
+    }
+    for (std::uint32_t b = 0; b < blocks; ++b) {
+        gBlocks[first + b].store(built + std::size_t{b} * kBlockRecords, std::memory_order_release);
+    }
+    for (std::size_t i = records; i > 1; --i) push(built[i - 1]);
+    return built;
+}
+
+struct Snapshot {
+    int owner = kFree;
+    pthread_t handle{};
+    std::uint64_t start = 0;
+    bool named = false;
+    char text[kTextWords * sizeof(std::uint64_t)] = {};
+    std::string_view fullName() const { return text; }
+    std::string_view kernelName() const { return text + kFullNameBytes; }
+};
+
+// A consistent copy of record (protocol 3); false if a writer stayed in the
+// middle of a write (it was stopped there), so the record cannot be read now.
+bool readRecord(const ThreadRecord& record, Snapshot& copy) noexcept {
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        const std::uint32_t before = record.version.load(std::memory_order_acquire);
+        if ((before & 1U) == 0) {
+            copy.owner = record.owner.load(std::memory_order_acquire);
+            copy.handle = record.handle.load(std::memory_order_acquire);
+            copy.start = record.start.load(std::memory_order_acquire);
+            copy.named = record.named.load(std::memory_order_acquire);
+            for (std::size_t i = 0; i < kTextWords; ++i) {
+                const std::uint64_t word = record.text[i].load(std::memory_order_acquire);
+                std::memcpy(copy.text + i * sizeof word, &word, sizeof word);
+            }
+            if (record.version.load(std::memory_order_relaxed) == before) return true;
+        }
+        sched_yield();  // the writer is half-way through
+    }
+    return false;
+}
+
+// Rewrites record's contents (protocol 3). The writer is the record's claimer
+// or owner; nobody else writes it meanwhile.
+void writeRecord(ThreadRecord& record, pthread_t handle, std::uint64_t start, bool named,
+                 std::string_view fullName, std::string_view kernelName) noexcept {
     char bytes[kTextWords * sizeof(std::uint64_t)] = {};
     fullName.copy(bytes, kFullNameBytes - 1);
     kernelName.copy(bytes + kFullNameBytes, kKernelNameBytes - 1);
     const std::uint32_t version = record.version.load(std::memory_order_relaxed);
     record.version.store(version + 1, std::memory_order_relaxed);
-    // Release stores (no fences, which race detectors cannot model): a reader
-    // that sees any new word also sees the odd version.
+    record.handle.store(handle, std::memory_order_release);
+    record.start.store(start, std::memory_order_release);
     for (std::size_t i = 0; i < kTextWords; ++i) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes + i * sizeof word, sizeof word);
@@ -124,225 +212,204 @@ void writeText(ThreadRecord& record, bool named, std::string_view fullName,
     record.version.store(version + 2, std::memory_order_release);
 }
 
-struct NameSnapshot {
-    bool named = false;
-    char bytes[kTextWords * sizeof(std::uint64_t)] = {};
-    std::string_view fullName() const { return bytes; }
-    std::string_view kernelName() const { return bytes + kFullNameBytes; }
-};
+// Whether the owner a copy names has ended: the kernel says its TID is gone or
+// now held by a thread that started at another time. A start that could not
+// be read, then or now, never counts as ended.
+bool ownerEnded(const Snapshot& copy) noexcept {
+    if (copy.owner <= 0 || copy.start == 0) return false;
+    const TaskStart now = taskStart(copy.owner);
+    return now.state == TaskStart::State::kEnded ||
+           (now.state == TaskStart::State::kRunning && now.ticks != copy.start);
+}
 
-NameSnapshot readText(const ThreadRecord& record) noexcept {
-    NameSnapshot snapshot;
-    for (;;) {
-        const std::uint32_t before = record.version.load(std::memory_order_acquire);
-        if ((before & 1U) == 0) {
-            for (std::size_t i = 0; i < kTextWords; ++i) {
-                const std::uint64_t word = record.text[i].load(std::memory_order_acquire);
-                std::memcpy(snapshot.bytes + i * sizeof word, &word, sizeof word);
-            }
-            snapshot.named = record.named.load(std::memory_order_acquire);
-            if (record.version.load(std::memory_order_relaxed) == before) {
-                return snapshot;
-            }
+// Frees the records of ended threads; returns how many records exist and how
+// many were freed. Only one sweep runs at a time (gSweeping), so no record
+// this sweep frees can be claimed and freed again by another before its swap.
+std::pair<std::size_t, std::size_t> sweep() noexcept {
+    std::size_t total = 0;
+    std::size_t freed = 0;
+    forEachRecord([&](ThreadRecord& record) {
+        ++total;
+        Snapshot copy;
+        if (record.owner.load(std::memory_order_relaxed) <= 0 || !readRecord(record, copy) ||
+            !ownerEnded(copy)) {
+            return;
         }
-        sched_yield();  // the owner is half-way through a rename
-    }
-}
-
-ThreadRecord* adopt(ThreadRecord& record, int tid, pthread_t handle) noexcept {
-    record.handle.store(handle, std::memory_order_relaxed);
-    writeText(record, false, {}, {});
-    record.owner.store(tid, std::memory_order_release);
-    return &record;
-}
-
-// A free record, or one whose owner has ended; null if there is none.
-ThreadRecord* claimExisting(int tid, pthread_t handle) noexcept {
-    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
-         record = record->next) {
-        int owner = record->owner.load(std::memory_order_acquire);
-        const bool reusable = owner == kFree || (owner > 0 && !ownerLives(*record, owner));
-        if (!reusable ||
-            !record->owner.compare_exchange_strong(owner, kClaiming, std::memory_order_acquire)) {
-            continue;
+        int owner = copy.owner;
+        if (record.owner.compare_exchange_strong(owner, kFree, std::memory_order_acq_rel)) {
+            push(record);
+            ++freed;
         }
-        if (takeLife(*record)) {
-            return adopt(*record, tid, handle);
-        }
-        record->owner.store(owner, std::memory_order_release);
-    }
-    return nullptr;
+    });
+    return {total, freed};
 }
 
-// Maps a new block (as many records as exist already, so that full scans stay
-// rare), claims its first record and publishes the block. mmap, not malloc:
-// this may run inside a signal handler. Null if the kernel refuses memory.
-ThreadRecord* claimFromNewBlock(int tid, pthread_t handle) noexcept {
-    const std::size_t count =
-        std::max(kMinBlockRecords, gRecordCount.load(std::memory_order_relaxed));
-    void* const memory = mmap(nullptr, count * sizeof(ThreadRecord), PROT_READ | PROT_WRITE,
-                              MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
-        return nullptr;
+// A record for a thread that found the free stack empty: swept free, or new.
+ThreadRecord* sweepOrGrow() noexcept {
+    bool sweeping = false;
+    if (!gSweeping.compare_exchange_strong(sweeping, true, std::memory_order_acquire)) {
+        return grow(kBlockRecords);  // another thread sweeps; do not wait for it
     }
-    auto* const records = static_cast<ThreadRecord*>(memory);
-    for (std::size_t i = 0; i < count; ++i) {
-        new (&records[i]) ThreadRecord;
-        initLife(records[i]);
-        records[i].next = i + 1 < count ? &records[i + 1] : nullptr;
-    }
-    records[0].owner.store(kClaiming, std::memory_order_relaxed);
-    takeLife(records[0]);
-    adopt(records[0], tid, handle);
-    gRecordCount.fetch_add(count, std::memory_order_relaxed);
-    ThreadRecord* newest = gNewest.load(std::memory_order_relaxed);
-    do {
-        records[count - 1].next = newest;
-    } while (!gNewest.compare_exchange_weak(newest, records, std::memory_order_release,
-                                            std::memory_order_relaxed));
-    return records;
+    const auto [total, freed] = sweep();
+    ThreadRecord* record = freed * 2 < total ? grow(std::max<std::size_t>(total, 1)) : pop();
+    gSweeping.store(false, std::memory_order_release);
+    return record != nullptr ? record : grow(kBlockRecords);
 }
 
-ThreadId registerCurrentThread() noexcept {
-    const int tid = kernelTid();
-    tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
-    // A signal handler that interrupts the registration below must not start a
-    // second one; it gets the identity and registers on a later call.
-    if (tCurrent.registering || robustListBusy()) {
-        return tCurrent.id;
+ThreadRecord* claim(int tid, pthread_t handle) noexcept {
+    ThreadRecord* record = pop();
+    if (record == nullptr) record = sweepOrGrow();
+    if (record == nullptr) return nullptr;
+    record->owner.store(kClaiming, std::memory_order_relaxed);
+    const TaskStart own = taskStart(tid);
+    writeRecord(*record, handle, own.state == TaskStart::State::kRunning ? own.ticks : 0, false,
+                {}, {});
+    record->owner.store(tid, std::memory_order_release);
+    return record;
+}
+
+ThreadId registerCurrentThread() {
+    // Marked first: a signal handler that interrupts anything below must not
+    // start a second registration. It gets the triple and no record.
+    if (tCurrent.registering) {
+        const int tid = kernelTid();
+        return ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
     }
     tCurrent.registering = true;
     std::atomic_signal_fence(std::memory_order_seq_cst);
-    ThreadRecord* record = claimExisting(tid, pthread_self());
-    if (record == nullptr) {
-        record = claimFromNewBlock(tid, pthread_self());
-    }
-    tCurrent.record = record;
-    tCurrent.valid = record != nullptr;
+    // Claiming is not interrupted by cancellation, which would leave a record
+    // half-written; a pending asynchronous cancel acts once it is complete.
+    int cancelState = PTHREAD_CANCEL_ENABLE;
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState);
+    const int tid = kernelTid();
+    tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
+    tCurrent.isMain = tid == getpid();
+    tCurrent.record = claim(tid, pthread_self());
+    tCurrent.valid = tCurrent.record != nullptr;
     std::atomic_signal_fence(std::memory_order_seq_cst);
     tCurrent.registering = false;
-    return tCurrent.id;
+    const ThreadId id = tCurrent.id;
+    pthread_setcancelstate(cancelState, nullptr);
+    return id;
 }
 
-// In a fork child the forking thread is the only thread. Records held by the
-// parent's live threads (its own included) are retired; free records and those
-// of threads that had ended stay usable. The forking thread moves, name and
-// all, to a record that it claims under its new TID.
+// In a fork child the forking thread is the only thread: every record is free
+// again (its owners do not exist here, and a sweep or a claim in progress in
+// the parent never completes), and the forking thread moves, name and all, to
+// a record that it claims under its new TID.
 void resetInForkChild() noexcept {
-    const int tid = kernelTid();
-    ThreadRecord* const own = tCurrent.record;
-    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
-         record = record->next) {
-        const int owner = record->owner.load(std::memory_order_relaxed);
-        if (owner == kClaiming || (owner > 0 && ownerLives(*record, owner))) {
-            record->owner.store(kRetired, std::memory_order_relaxed);
-        }
-        const std::uint32_t version = record->version.load(std::memory_order_relaxed);
-        record->version.store(version + (version & 1U), std::memory_order_relaxed);
-    }
-    tCurrent.id = ThreadId{pthread_self(), tid, static_cast<unsigned int>(tid)};
-    tCurrent.registering = false;
-    tCurrent.valid = false;
-    tCurrent.record = nullptr;
-    if (own == nullptr) {
-        return;  // registers on its next call
-    }
-    ThreadRecord* moved = claimExisting(tid, pthread_self());
-    if (moved == nullptr) {
-        moved = claimFromNewBlock(tid, pthread_self());
-    }
-    if (moved != nullptr) {
-        const NameSnapshot name = readText(*own);
-        writeText(*moved, name.named, name.fullName(), name.kernelName());
-        tCurrent.record = moved;
-        tCurrent.valid = true;
+    Snapshot own;
+    const bool hadRecord = tCurrent.record != nullptr && readRecord(*tCurrent.record, own);
+    gSweeping.store(false, std::memory_order_relaxed);
+    gFreeHead.store(0, std::memory_order_relaxed);
+    forEachRecord([](ThreadRecord& record) {
+        record.owner.store(kFree, std::memory_order_relaxed);
+        const std::uint32_t version = record.version.load(std::memory_order_relaxed);
+        record.version.store(version + (version & 1U), std::memory_order_relaxed);
+        push(record);
+    });
+    tCurrent = CurrentThread{};
+    if (!hadRecord) return;  // registers on its next call
+    registerCurrentThread();
+    if (tCurrent.record != nullptr) {
+        writeRecord(*tCurrent.record, pthread_self(),
+                    tCurrent.record->start.load(std::memory_order_relaxed), own.named,
+                    own.fullName(), own.kernelName());
     }
 }
 
 [[maybe_unused]] const bool gForkHandlerInstalled =
     pthread_atfork(nullptr, nullptr, &resetInForkChild) == 0;
 
-// The record of the live thread tid, or null.
-ThreadRecord* liveRecordOf(int tid) noexcept {
-    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
-         record = record->next) {
-        if (record->owner.load(std::memory_order_acquire) == tid && ownerLives(*record, tid)) {
-            return record;
+// Consistent copies of the records that have an owner; with tid, only of
+// those whose owner is tid.
+std::vector<Snapshot> ownedCopies(int tid = 0) {
+    std::vector<Snapshot> owned;
+    forEachRecord([&](const ThreadRecord& record) {
+        const int owner = record.owner.load(std::memory_order_relaxed);
+        Snapshot copy;
+        if (owner > 0 && (tid == 0 || owner == tid) && readRecord(record, copy) &&
+            copy.owner > 0 && (tid == 0 || copy.owner == tid)) {
+            owned.push_back(copy);
         }
-    }
-    return nullptr;
+    });
+    return owned;
 }
 
-std::optional<std::string> fullNameOf(const NameSnapshot& snapshot, std::string_view kernelName) {
-    if (!snapshot.named || snapshot.kernelName() != kernelName) {
-        return std::nullopt;
+// Which of the copies [first, last), all claiming one TID, belongs to the
+// thread that holds the TID now: the one with its start; with no start known
+// on either side, the only one. Null if none.
+const Snapshot* currentOf(const Snapshot* first, const Snapshot* last) {
+    if (first == last) return nullptr;
+    const TaskStart now = taskStart(first->owner);
+    if (now.state == TaskStart::State::kEnded) return nullptr;
+    for (const Snapshot* copy = first; copy != last; ++copy) {
+        if (now.state == TaskStart::State::kRunning && copy->start == now.ticks) return copy;
     }
-    return std::string(snapshot.fullName());
+    const bool unknown = now.state == TaskStart::State::kUnknown || first->start == 0;
+    return unknown && last - first == 1 ? first : nullptr;
 }
 
 }  // namespace
 
-ThreadRecord* currentRecord() noexcept {
-    if (!tCurrent.valid) {
-        registerCurrentThread();
-    }
-    return tCurrent.record;
+ThreadRecord* currentRecord() {
+    if (!tCurrent.valid) registerCurrentThread();
+    return tCurrent.valid ? tCurrent.record : nullptr;
+}
+
+bool currentIsMainThread() {
+    if (!tCurrent.valid) return std::get<1>(registerCurrentThread()) == getpid();
+    return tCurrent.isMain;
 }
 
 void rememberName(ThreadRecord& record, std::string_view fullName, std::string_view kernelName) {
-    writeText(record, true, fullName, kernelName);
+    writeRecord(record, record.handle.load(std::memory_order_relaxed),
+                record.start.load(std::memory_order_relaxed), true, fullName, kernelName);
 }
 
 std::optional<std::string> ownFullName(ThreadRecord& record, std::string_view kernelName) {
-    return fullNameOf(readText(record), kernelName);
+    Snapshot copy;
+    if (!readRecord(record, copy) || !copy.named || copy.kernelName() != kernelName) {
+        return std::nullopt;
+    }
+    return std::string(copy.fullName());
 }
 
 std::optional<std::string> fullNameIfCurrent(int tid, std::string_view kernelName) {
-    ThreadRecord* const record = liveRecordOf(tid);
-    if (record == nullptr) {
-        return std::nullopt;
-    }
-    const NameSnapshot snapshot = readText(*record);
-    // Checked again: the thread may have ended, and its record passed on,
-    // while the name was being read.
-    if (record->owner.load(std::memory_order_acquire) != tid || !ownerLives(*record, tid)) {
-        return std::nullopt;
-    }
-    return fullNameOf(snapshot, kernelName);
+    const std::vector<Snapshot> owned = ownedCopies(tid);
+    const Snapshot* const copy = currentOf(owned.data(), owned.data() + owned.size());
+    if (copy == nullptr || !copy->named || copy->kernelName() != kernelName) return std::nullopt;
+    return std::string(copy->fullName());
 }
 
 std::vector<pthread_t> knownHandles(const std::vector<int>& tids) {
-    std::vector<std::pair<int, pthread_t>> live;
-    for (ThreadRecord* record = gNewest.load(std::memory_order_acquire); record != nullptr;
-         record = record->next) {
-        const int tid = record->owner.load(std::memory_order_acquire);
-        if (tid <= 0 || !ownerLives(*record, tid)) {
-            continue;
-        }
-        const pthread_t handle = record->handle.load(std::memory_order_relaxed);
-        if (record->owner.load(std::memory_order_acquire) == tid) {
-            live.emplace_back(tid, handle);
-        }
-    }
-    std::sort(live.begin(), live.end(),
-              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<Snapshot> owned = ownedCopies();
+    const auto byOwner = [](const Snapshot& a, const Snapshot& b) { return a.owner < b.owner; };
+    std::sort(owned.begin(), owned.end(), byOwner);
     std::vector<pthread_t> result(tids.size(), pthread_t{});
+    Snapshot key;
     for (std::size_t i = 0; i < tids.size(); ++i) {
-        const auto found =
-            std::lower_bound(live.begin(), live.end(), tids[i],
-                             [](const auto& entry, int tid) { return entry.first < tid; });
-        if (found != live.end() && found->first == tids[i]) {
-            result[i] = found->second;
+        key.owner = tids[i];
+        const auto [first, last] = std::equal_range(owned.begin(), owned.end(), key, byOwner);
+        const Snapshot* const begin = owned.data() + (first - owned.begin());
+        if (const Snapshot* copy = currentOf(begin, begin + (last - first))) {
+            result[i] = copy->handle;
         }
     }
     return result;
+}
+
+std::size_t recordCountForTesting() noexcept {
+    std::size_t count = 0;
+    forEachRecord([&](const ThreadRecord&) { ++count; });
+    return count;
 }
 
 }  // namespace Strand::linux_layer
 
 namespace Strand::platform {
 
-// Defined beside the cache it reads, so that getThreadId costs one call.
+// Defined beside the cache it reads.
 ThreadId queryCurrentThreadId() {
     if (linux_layer::tCurrent.valid) [[likely]] {
         return linux_layer::tCurrent.id;

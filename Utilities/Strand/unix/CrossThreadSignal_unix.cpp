@@ -2,7 +2,10 @@
 // platform the library runs on: installing the handler and masking the signal.
 // Sending it differs (by kernel TID on Linux, by POSIX handle on macOS) and
 // lives in each platform's layer.
+#include <dlfcn.h>
+
 #include <csignal>
+#include <cstring>
 
 #include "Strand/Platform.h"
 
@@ -17,9 +20,23 @@ sigset_t crossThreadSignalSet() {
     return set;
 }
 
+// Marks the loaded image that holds address as never to be unloaded. Images
+// the dynamic loader did not load (the executable) are never unloaded anyway.
+void keepImageLoaded(SignalHandler handler) {
+    void* address = nullptr;
+    static_assert(sizeof address == sizeof handler);
+    std::memcpy(&address, &handler, sizeof address);
+    Dl_info image = {};
+    if (dladdr(address, &image) != 0 && image.dli_fname != nullptr) {
+        // The reference this takes is never given back.
+        dlopen(image.dli_fname, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    }
+}
+
 }  // namespace
 
 bool installCrossThreadHandler(SignalHandler handler) {
+    keepImageLoaded(handler);
     struct sigaction action = {};
     action.sa_sigaction = handler;
     action.sa_flags = SA_SIGINFO;

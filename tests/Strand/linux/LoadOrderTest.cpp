@@ -1,7 +1,9 @@
-// libStrand loaded with dlopen after other code has made many pthread keys:
-// a thread's first getThreadId() inside a signal handler must still allocate
-// nothing. This program replaces malloc and friends to count the calls made
-// while a handler runs, so it is built without sanitizers.
+// libStrand loaded with dlopen, as a plugin's dependency: after other code has
+// made many pthread keys, a thread's first getThreadId() inside a signal
+// handler must still allocate nothing; and once the library has installed its
+// SIGUSR1 handler, unloading it must leave that handler's code mapped. This
+// program replaces malloc and friends to count the calls made while a handler
+// runs, so it is built without sanitizers.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
@@ -12,6 +14,7 @@
 #include <atomic>
 #include <csignal>
 #include <cstddef>
+#include <functional>
 #include <thread>
 
 #include "Strand/ThreadId.h"
@@ -80,15 +83,43 @@ bool firstIdentityInHandlerAllocatesNothing() {
     return ok && gAllocations.load() == 0;
 }
 
-TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
+// Runs check in a child with a time limit; the child's wait status.
+int statusInChild(bool (*check)()) {
     const pid_t child = fork();
     if (child == 0) {
         alarm(30);
-        _exit(firstIdentityInHandlerAllocatesNothing() ? 0 : 1);
+        _exit(check() ? 0 : 1);
     }
     int status = 0;
     waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    return status;
+}
+
+TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
+    EXPECT_EQ(statusInChild(&firstIdentityInHandlerAllocatesNothing), 0);
+}
+
+using ExecuteOnThread = void (*)(const Strand::ThreadId&, const std::function<void()>&);
+
+// A plugin's lifetime: load the library, make one cross-thread call (which
+// installs the handler), unload; then SIGUSR1 arrives.
+bool signalAfterUnloadingFindsTheHandler() {
+    void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) return false;
+    const auto getThreadId =
+        reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
+    const auto executeOnThread = reinterpret_cast<ExecuteOnThread>(
+        dlsym(library, "_ZN6Strand15executeOnThreadERKSt5tupleIJmijEERKSt8functionIFvvEE"));
+    if (getThreadId == nullptr || executeOnThread == nullptr) return false;
+    std::atomic<bool> ran{false};
+    std::thread([&] { executeOnThread(getThreadId(), [&] { ran = true; }); }).join();
+    dlclose(library);
+    raise(SIGUSR1);
+    return ran;
+}
+
+TEST(LoadOrder, UnloadingTheLibraryKeepsItsSignalHandlerMapped) {
+    EXPECT_EQ(statusInChild(&signalAfterUnloadingFindsTheHandler), 0);
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 // Thread identity and names checked against what the Linux kernel reports.
 #include <dirent.h>
+#include <linux/futex.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
 #include <cstdio>
 #include <cstdlib>
 
+#include "Strand/linux/ThreadRegistry.h"
 #include "TestSupport.h"
 
 namespace {
@@ -78,29 +80,117 @@ void preferNextTid(int tid) {
 
 pthread_key_t gLateKey;
 
-// A thread that names itself in a key destructor (after the library's own
-// clean-up), ends, and then a new thread that inherits the same 15-byte kernel
-// name gets the same TID: it must not read back the ended thread's full name.
+// Gives the calling thread an empty robust-mutex list of its own, as other
+// runtimes and sandboxes do (and as a kernel without robust lists behaves):
+// the kernel then marks none of the C library's robust mutexes at its end.
+void replaceRobustList() {
+    thread_local robust_list_head head{};
+    head.list.next = &head.list;
+    syscall(SYS_set_robust_list, &head, sizeof head);
+}
+
+struct EndingCase {
+    const char* name;
+    void (*beforeEnd)();  // what the first holder of the TID does before it ends
+};
+
+// The first holder of a TID names itself and ends; a new thread that inherits
+// the same 15-byte kernel name then gets the same TID. It must not read back the
+// ended thread's full name, nor be listed with its handle.
 TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
-    EXPECT_EQ(inChildProcess(120, [] {
-        prctl(PR_SET_NAME, "worker-pool-abc", 0, 0, 0);  // what new threads inherit
-        pthread_key_create(&gLateKey, [](void*) {
-            Strand::setThreadName("worker-pool-abc: job 7 of the nightly batch");
-        });
-        const int endedTid = onNewThread([] {
-            pthread_setspecific(gLateKey, &gLateKey);
-            return std::get<1>(Strand::getThreadId());
-        });
-        for (int attempt = 0; attempt < 200000; ++attempt) {
-            preferNextTid(endedTid);
-            const auto [tid, name] = onNewThread([] {
-                return std::make_pair(Strand::gettid(), Strand::getThreadName());
+    const EndingCase cases[] = {
+        {"renames itself in a key destructor, after the library's clean-up",
+         [] { pthread_setspecific(gLateKey, &gLateKey); }},
+        {"replaced its robust-mutex list", &replaceRobustList},
+    };
+    for (const EndingCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(inChildProcess(120, [&c] {
+            prctl(PR_SET_NAME, "worker-pool-abc", 0, 0, 0);  // what new threads inherit
+            pthread_key_create(&gLateKey, [](void*) {
+                Strand::setThreadName("worker-pool-abc: job 7 of the nightly batch");
             });
-            if (tid == endedTid) {
-                return name == "worker-pool-abc";
+            const auto started = std::chrono::steady_clock::now();
+            const int endedTid = onNewThread([&c] {
+                Strand::setThreadName("worker-pool-abc: job 7 of the nightly batch");
+                c.beforeEnd();
+                return std::get<1>(Strand::getThreadId());
+            });
+            // Left alone, the kernel hands a TID out again only after all the
+            // others, long after the clock tick in which its holder started;
+            // the test forces it back at once, so it first lets that tick pass.
+            while (std::chrono::steady_clock::now() - started < std::chrono::milliseconds(25)) {
+                std::this_thread::yield();
             }
+            for (int attempt = 0; attempt < 200000; ++attempt) {
+                preferNextTid(endedTid);
+                std::atomic<int> tid{0};
+                std::atomic<bool> checked{false};
+                std::thread next([&] {  // never asks the library anything itself
+                    tid.store(Strand::gettid());
+                    while (!checked.load()) std::this_thread::yield();
+                });
+                while (tid.load() == 0) std::this_thread::yield();
+                if (tid.load() != endedTid) {
+                    checked.store(true);
+                    next.join();
+                    continue;
+                }
+                const Strand::ThreadId byTid{0, endedTid, static_cast<unsigned>(endedTid)};
+                const std::string name = Strand::getThreadName(byTid);
+                pthread_t listedHandle = 1;
+                for (const auto& id : Strand::getThreadIds()) {
+                    if (std::get<1>(id) == endedTid) listedHandle = std::get<0>(id);
+                }
+                checked.store(true);
+                next.join();
+                return name == "worker-pool-abc" && listedHandle == 0;
+            }
+            return false;
+        }), "ok");
+    }
+}
+
+// A signal handler that asks for the thread's identity while the thread is
+// registering itself must not leave it with a second record, which other
+// threads would then find first and read its name from.
+TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
+    EXPECT_EQ(inChildProcess(120, [] {
+        struct sigaction action {};
+        action.sa_handler = [](int) { Strand::getThreadId(); };
+        sigaction(SIGUSR2, &action, nullptr);
+        int misread = 0;
+        for (int round = 0; round < 500; ++round) {
+            std::atomic<int> tid{0};
+            std::atomic<bool> named{false}, checked{false};
+            std::thread fresh([&] {
+                tid.store(Strand::gettid());
+                Strand::setThreadName("a fresh thread with a long name");
+                named.store(true);
+                while (!checked.load()) std::this_thread::yield();
+            });
+            while (tid.load() == 0) std::this_thread::yield();
+            while (!named.load()) syscall(SYS_tgkill, getpid(), tid.load(), SIGUSR2);
+            const Strand::ThreadId id{0, tid.load(), static_cast<unsigned>(tid.load())};
+            misread += Strand::getThreadName(id) != "a fresh thread with a long name";
+            checked.store(true);
+            fresh.join();
         }
-        return false;
+        return misread == 0;
+    }), "ok");
+}
+
+// Records are reclaimed however threads end, also when the kernel never marks
+// their robust mutexes: memory follows the peak of live threads.
+TEST(ThreadLinux, RecordsOfEndedThreadsAreReclaimedWithoutRobustLists) {
+    EXPECT_EQ(inChildProcess(120, [] {
+        for (int i = 0; i < 3000; ++i) {
+            std::thread([] {
+                replaceRobustList();
+                Strand::setThreadName("short-lived");
+            }).join();
+        }
+        return Strand::linux_layer::recordCountForTesting() <= 256;
     }), "ok");
 }
 

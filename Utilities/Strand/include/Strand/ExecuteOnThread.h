@@ -17,7 +17,7 @@ namespace Strand {
 // run out, or at once if the signal cannot be sent. Reports nothing: a caller
 // that needs to know must look at what function produced.
 //
-// * thread is the calling thread, which its numeric id (element 1) alone
+// * thread is the calling thread, which its numeric id (element 2) alone
 //   decides, whatever the other two elements hold (a triple rebuilt from a
 //   logged id, a listed entry without a handle): function runs here and now;
 //   what it throws reaches the caller, and an empty function throws
@@ -29,11 +29,15 @@ namespace Strand {
 //   then at most 4 s for function to return; a slower function runs on to its
 //   end, after this call has returned, on its own copy of function. Whatever
 //   function throws there is dropped; an empty function does nothing.
-//   Cancellation of that thread is deferred while function runs: a
+//   Cancellation of that thread is held off while function runs: a
 //   pthread_cancel arriving meanwhile, even while function waits in a
 //   cancellation point, takes effect at the thread's next cancellation point
-//   after the handler has returned. function must not end its thread itself
-//   (pthread_exit).
+//   after the handler has returned (at once if the thread was interrupted in a
+//   blocking call). function may end its thread (pthread_exit); the call then
+//   counts as finished. Otherwise function must return normally: one that
+//   leaves by longjmp leaves that thread with cancellation disabled (and, with
+//   siglongjmp's savemask 0, SIGUSR1 blocked, so it takes no further calls),
+//   and its copy of function is destroyed only once that thread has ended.
 // * The copy of function is destroyed by a thread that called this function,
 //   after the library's lock is released (the copy of a call its caller stopped
 //   waiting for, by a later caller, outside the handler, once the function has

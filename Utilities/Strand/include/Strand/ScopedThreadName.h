@@ -54,7 +54,9 @@ public:
     // notifies, saves the thread's hint and takes over the location's hint and
     // live store. A location with a null file or function leaves the name alone
     // and notifies nobody. Never throws: the first exception (from a listener,
-    // say) ends the remaining steps and is dropped.
+    // say) ends the remaining steps and is dropped. A thread's own unwinding
+    // (pthread_cancel or pthread_exit inside a listener) is not dropped: the
+    // thread ends as it asked to.
     explicit ScopedThreadName(const quill::source::location& location);
 
     // As above with the name "name:F:L:U" ("F:L:U" when name is empty).
@@ -62,14 +64,16 @@ public:
 
     // Names the thread "F:L:<T>U" with T = type.name(), and notifies. Does not
     // save the thread's hint or take over the location's context, but clears
-    // the thread's hint at the end. Never throws.
+    // the thread's hint at the end. Never throws, as above.
     ScopedThreadName(const std::type_info& type, const quill::source::location& location);
 
     // Fires "ended" if this object fired (or took the turn to fire) "started",
     // restores the old name (an empty one if the constructor never named the
     // thread), and restores the saved hint or clears the thread's hint. The
-    // thread keeps the context store a location brought. Never throws.
-    ~ScopedThreadName();
+    // thread keeps the context store a location brought. Never throws; only a
+    // thread's own unwinding (cancelled inside onEnded) passes through, which
+    // is why the destructor is not noexcept.
+    ~ScopedThreadName() noexcept(false);
 
     ScopedThreadName(const ScopedThreadName&) = delete;
     ScopedThreadName& operator=(const ScopedThreadName&) = delete;
