@@ -30,12 +30,13 @@ int gettid();
 
 namespace platform {
 
-// The calling thread's triple; never fails. Cheap (cached per thread where
-// asking the platform is costly) and right in a fork child. Signal-safe
-// whatever the load order (dlopen included): the first call on a thread takes
-// no lock a user can hold and allocates nothing, so a function run inside a
-// signal handler may ask who it is.
-ThreadId queryCurrentThreadId();
+// Each layer defines Strand::getThreadId (ThreadId.h) itself, beside whatever
+// it reads, so that the call a client makes is the only call: the calling
+// thread's triple; never fails. Cheap (cached per thread where asking the
+// platform is costly) and right in a fork child. Signal-safe whatever the load
+// order (dlopen included): the first call on a thread takes no lock a user can
+// hold and allocates nothing, so a function run inside a signal handler may ask
+// who it is.
 
 // Every thread of this process in the kernel's order; empty on refusal.
 std::vector<ThreadId> listThreads();

@@ -7,9 +7,7 @@
 
 namespace Strand {
 
-// The platform layer caches the triple per thread where asking is costly, and
-// keeps it correct in a fork child.
-ThreadId getThreadId() { return platform::queryCurrentThreadId(); }
+// getThreadId is defined by the platform layer (Platform.h).
 
 std::vector<ThreadId> getThreadIds() { return getThreadIds(getpid()); }
 

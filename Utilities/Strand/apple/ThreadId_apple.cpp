@@ -68,12 +68,12 @@ int gettid() {
     return lowBits(id);
 }
 
-namespace platform {
-
-ThreadId queryCurrentThreadId() {
+ThreadId getThreadId() {
     const pthread_t self = pthread_self();
     return ThreadId{self, gettid(), pthread_mach_thread_np(self)};
 }
+
+namespace platform {
 
 std::vector<ThreadId> listThreads() {
     mach_port_name_t task = 0;

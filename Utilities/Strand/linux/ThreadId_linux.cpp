@@ -2,7 +2,7 @@
 // per-thread handle, unique among live threads and stable for a thread's life,
 // so it serves as both the numeric id and the primary id. The thread registry
 // (ThreadRegistry.cpp) caches the triple per thread, defines
-// queryCurrentThreadId, and keeps the handles for listings.
+// getThreadId, and keeps the handles for listings.
 #include <dirent.h>
 #include <sys/syscall.h>
 #include <unistd.h>

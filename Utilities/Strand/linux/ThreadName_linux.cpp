@@ -84,7 +84,7 @@ std::string threadName(const ThreadId& id) {
     if (tid <= 0) {
         return {};
     }
-    if (tid == std::get<1>(queryCurrentThreadId())) {
+    if (tid == std::get<1>(getThreadId())) {
         char buffer[kKernelNameBytes + 1] = {};
         const std::string_view name = ownKernelName(buffer);
         if (linux_layer::ThreadRecord* const self = linux_layer::currentRecord()) {

@@ -28,7 +28,7 @@ namespace Strand::linux_layer {
 
 struct ThreadRecord;
 
-// The registry also defines platform::queryCurrentThreadId: the calling thread's
+// The registry also defines getThreadId (Platform.h): the calling thread's
 // triple from a per-thread cache in static TLS, registering the thread on its
 // first call (and retrying on later calls if it could not be registered yet).
 // Async-signal-safe whatever the load order: no lock a user can hold, no
@@ -37,7 +37,7 @@ struct ThreadRecord;
 
 // The calling thread's record; null while it cannot be registered (no memory
 // for a new block, or asked from a signal handler that interrupted the
-// registration). Async-signal-safe like queryCurrentThreadId. Not noexcept: a
+// registration). Async-signal-safe like getThreadId. Not noexcept: a
 // pending asynchronous cancel acts once a registration is complete.
 ThreadRecord* currentRecord();
 
