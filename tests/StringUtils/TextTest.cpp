@@ -44,7 +44,10 @@ TEST(Text, Trim) {
 TEST(Text, Case) {
     EXPECT_EQ(toLower("Hello, World @[`{ \xC3\x89t"), "hello, world @[`{ \xC3\x89t");
     EXPECT_EQ(toUpper("Hello, World @[`{ \xC3\xA9t"), "HELLO, WORLD @[`{ \xC3\xA9T");
-    const wchar_t lower[] = {0x141, 0x1041, L'q', -1, 0}, upper[] = {0x141, 0x1041, L'Q', -1, 0};
+    // An element with every bit set: -1 where wchar_t is signed, its maximum where it is unsigned.
+    constexpr wchar_t allBits = static_cast<wchar_t>(-1);
+    const wchar_t lower[] = {0x141, 0x1041, L'q', allBits, 0};
+    const wchar_t upper[] = {0x141, 0x1041, L'Q', allBits, 0};
     EXPECT_EQ(toLower(std::wstring(upper)) + toUpper(std::wstring(lower)),
               std::wstring(lower) + upper);
     EXPECT_EQ(toUpper("hello", 0) + toUpper("hello", 4) + toUpper("hello", 5) + toUpper("", 0) +

@@ -3,9 +3,10 @@
 # demangled names are normalised (inline namespaces and ABI tags dropped,
 # std::string / std::ostream / ThreadId spelled alike) before they are compared.
 #
-# ELF (Linux): LIBRARY is libStrand.so; its dynamic symbol table (NM, GNU nm) is
-# compared, and no text of FORBIDDEN_TEXTS ('|'-separated) may appear in its
-# code or data sections (OBJCOPY).
+# ELF (Linux): LIBRARY is libStrand.so; its dynamic symbol table (NM, the
+# toolchain's GNU nm, CMAKE_NM) is compared, and no text of FORBIDDEN_TEXTS
+# ('|'-separated) may appear in its code or data sections (OBJCOPY, the
+# toolchain's CMAKE_OBJCOPY: the host's may not read a cross-built library).
 #
 # Mach-O (macOS): OBJECTS holds the framework's objects and internal archives.
 # Every defined symbol of them that is neither local nor private extern must be

@@ -69,7 +69,10 @@ using SampleCallback =
 // its signal handler). A thread whose numeric id is the caller's is the caller
 // (see executeOnThread), traced at once without a signal. Empty if the thread cannot be signalled, does not accept
 // within 100 ms (SIGUSR1 blocked), or its frames cannot be described.
-// framework is not used.
+// A thread interrupted inside a lazy-binding stub (during its first call of a
+// function of another shared object; on aarch64 the dynamic linker's resolver
+// has no unwind information) may give a short trace that ends a few frames
+// below the handler's. framework is not used.
 STRAND_EXPORT std::string getStackTrace(quill::handle<ICoreFramework> framework, ThreadId thread);
 
 // The traces of every thread. Not available on this platform: always an empty
