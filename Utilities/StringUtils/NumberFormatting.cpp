@@ -21,7 +21,10 @@ std::string streamed(const T& value) {
 // Whether the global C++ locale, which a default stream takes, is the classic
 // one: then the stream writes exactly what std::to_chars writes (no digit
 // grouping, a point as the decimal separator, the C library's %g).
-bool classicGlobalLocale() { return std::locale() == std::locale::classic(); }
+bool classicGlobalLocale() {
+    static const std::locale& classic = std::locale::classic();
+    return std::locale() == classic;
+}
 
 // The standard library writes a double with a precision here when it can.
 template <typename T>

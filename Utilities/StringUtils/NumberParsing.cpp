@@ -135,7 +135,7 @@ concept ReadsFloatingChars = requires(const char* p, T& v) {
 };
 
 // Whether the mantissa (the text up to an exponent) holds a digit other than 0.
-bool hasNonZeroDigit(const char* begin, const char* end) {
+[[maybe_unused]] bool hasNonZeroDigit(const char* begin, const char* end) {
     for (const char* p = begin; p != end && *p != 'e' && *p != 'E'; ++p) {
         if (*p >= '1' && *p <= '9') {
             return true;
