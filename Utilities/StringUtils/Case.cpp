@@ -1,5 +1,7 @@
 #include "StringUtils/Case.h"
 
+#include <locale.h>
+
 #include <cctype>
 #include <clocale>
 #include <cstring>
@@ -15,6 +17,10 @@ namespace StringUtils {
 namespace detail {
 
 bool classicCharacterFunctions() {
+    // A thread that has a locale of its own (uselocale) maps through that one.
+    if (uselocale(locale_t{}) != LC_GLOBAL_LOCALE) {
+        return false;
+    }
     const char* const name = std::setlocale(LC_CTYPE, nullptr);
     return name != nullptr && (std::strcmp(name, "C") == 0 || std::strcmp(name, "POSIX") == 0);
 }

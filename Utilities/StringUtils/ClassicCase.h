@@ -6,9 +6,10 @@
 
 namespace StringUtils::detail {
 
-// Whether the process's C locale for the character functions (LC_CTYPE, as
-// setlocale reports it) is the classic one, "C" or "POSIX", where tolower and
-// toupper change only A-Z and a-z. Never fails; not async-signal-safe.
+// Whether the calling thread's C locale for the character functions is the
+// classic one, where tolower and toupper change only A-Z and a-z: the thread
+// uses the process's locale (no uselocale of its own) and its LC_CTYPE, as
+// setlocale reports it, is "C" or "POSIX". Never fails; not async-signal-safe.
 bool classicCharacterFunctions();
 
 // A-Z to a-z (lower) or a-z to A-Z (upper) over size bytes at text, in place,
