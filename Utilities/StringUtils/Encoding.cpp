@@ -1,5 +1,7 @@
 #include "StringUtils/Encoding.h"
 
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
 
 #include "StringUtils/SharedConverters.h"
@@ -64,8 +66,39 @@ namespace {
 
 }  // namespace
 
+namespace {
+
+// Eight code units as one vector; may alias them.
+typedef std::uint16_t Units8 __attribute__((vector_size(16), may_alias));
+
+// The number of code units before the first zero one. Reads whole aligned
+// sixteen-byte blocks, which may extend past the terminator but never onto
+// another page (hence no address or thread checks on those reads).
+__attribute__((no_sanitize("address", "thread"))) size_t unitsBeforeZero(const char16_t* text) {
+    const char16_t* p = text;
+    for (; reinterpret_cast<std::uintptr_t>(p) % sizeof(Units8) != 0; ++p) {
+        if (*p == 0) {
+            return static_cast<size_t>(p - text);
+        }
+    }
+    for (;; p += 8) {
+        const auto zero = *reinterpret_cast<const Units8*>(p) == 0;
+        std::uint64_t halves[2];
+        std::memcpy(halves, &zero, sizeof halves);
+        if ((halves[0] | halves[1]) != 0) {
+            break;
+        }
+    }
+    while (*p != 0) {
+        ++p;
+    }
+    return static_cast<size_t>(p - text);
+}
+
+}  // namespace
+
 std::string fromUtf16String(const char16_t* text) {
-    return utf16Converter().to_bytes(std::u16string_view(text));
+    return utf16Converter().to_bytes(std::u16string_view(text, unitsBeforeZero(text)));
 }
 
 std::string toString(const wchar_t* text) {

@@ -1,7 +1,15 @@
 #include "StringUtils/NumberParsing.h"
 
+#include <langinfo.h>
+
+#include <cctype>
+#include <cfloat>
 #include <charconv>
+#include <climits>
+#include <limits>
+#include <cmath>
 #include <stdexcept>
+#include <system_error>
 
 #include "StringUtils/AsciiClass.h"
 
@@ -37,6 +45,172 @@ bool parseWhole(const std::string& text, T& value, Rule rule, Convert convert) {
         return false;
     }
     return position == text.size();
+}
+
+// What the quick reading of a number at the start of a text found.
+enum class Quick {
+    read,        // a number: value and position hold it
+    noNumber,    // the conversion would find no number (std::invalid_argument)
+    outOfRange,  // the conversion would find the number too large (std::out_of_range)
+    slowPath     // only the standard conversion itself can tell (leading white space, ...)
+};
+
+// The sign and magnitude of an optionally signed run of decimal digits at the
+// start of text, read as strtol and its kin read them in base 10; text is not
+// empty. Leading white space is left to the standard conversion: whether a byte
+// is white space depends on the C locale.
+struct Decimal {
+    Quick quick = Quick::slowPath;
+    bool negative = false;
+    unsigned long long magnitude = 0;
+    size_t position = 0;
+};
+
+// Whether the C library's isspace, which the standard conversions skip with,
+// holds for c. A letter or digit is white space in no locale.
+bool mayBeSpace(char c) {
+    return !detail::isAsciiAlnum(c) && std::isspace(static_cast<unsigned char>(c)) != 0;
+}
+
+Decimal readDecimal(const std::string& text) {
+    const char* const begin = text.data();
+    const char* const end = begin + text.size();
+    const char* p = begin;
+    Decimal decimal;
+    if (*p == '+' || *p == '-') {
+        decimal.negative = *p == '-';
+        ++p;
+    }
+    if (p == end || !detail::isAsciiDigit(*p)) {
+        decimal.quick = p == begin && mayBeSpace(*p) ? Quick::slowPath : Quick::noNumber;
+        return decimal;
+    }
+    unsigned long long magnitude = 0;
+    for (; p != end && detail::isAsciiDigit(*p); ++p) {
+        const auto digit = static_cast<unsigned>(*p - '0');
+        if (magnitude > (ULLONG_MAX - digit) / 10) {
+            decimal.quick = Quick::outOfRange;
+            return decimal;
+        }
+        magnitude = magnitude * 10 + digit;
+    }
+    decimal.quick = Quick::read;
+    decimal.magnitude = magnitude;
+    decimal.position = static_cast<size_t>(p - begin);
+    return decimal;
+}
+
+// The quick reading of a signed integer T in base 10: the range test of the
+// standard conversion (for std::stoi, the long's and then the int's).
+template <typename T>
+Quick readSigned(const std::string& text, T& number, size_t& position) {
+    const Decimal decimal = readDecimal(text);
+    if (decimal.quick != Quick::read) {
+        return decimal.quick;
+    }
+    const auto largest = static_cast<unsigned long long>(std::numeric_limits<T>::max());
+    if (decimal.magnitude > largest + (decimal.negative ? 1 : 0)) {
+        return Quick::outOfRange;
+    }
+    // Negated in the unsigned type: the smallest value has no positive twin.
+    number = static_cast<T>(decimal.negative ? 0ULL - decimal.magnitude : decimal.magnitude);
+    position = decimal.position;
+    return Quick::read;
+}
+
+// The quick reading of std::stoull in base 10: a minus sign wraps.
+Quick readUnsigned(const std::string& text, unsigned long long& number, size_t& position) {
+    const Decimal decimal = readDecimal(text);
+    if (decimal.quick == Quick::read) {
+        number = decimal.negative ? 0ULL - decimal.magnitude : decimal.magnitude;
+        position = decimal.position;
+    }
+    return decimal.quick;
+}
+
+// The standard library reads a double from characters here when it can.
+template <typename T>
+concept ReadsFloatingChars = requires(const char* p, T& v) {
+    std::from_chars(p, p, v, std::chars_format::general);
+};
+
+// Whether the mantissa (the text up to an exponent) holds a digit other than 0.
+[[maybe_unused]] bool hasNonZeroDigit(const char* begin, const char* end) {
+    for (const char* p = begin; p != end && *p != 'e' && *p != 'E'; ++p) {
+        if (*p >= '1' && *p <= '9') {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The quick reading of std::stod while the C locale's decimal separator is the
+// point: plain decimal text ([sign] digits with a point and an exponent). Both
+// readings round correctly, so they agree; every other text (white space first,
+// hexadecimal, infinity, not-a-number) and every result near the ends of the
+// double range (where the conversion's range error is subtle) goes the slow way.
+template <typename T>
+Quick readDouble(const std::string& text, T& number, size_t& position) {
+    if constexpr (ReadsFloatingChars<T>) {
+        const char* const radix = nl_langinfo(RADIXCHAR);
+        if (radix == nullptr || radix[0] != '.' || radix[1] != '\0') {
+            return Quick::slowPath;
+        }
+        const char* const begin = text.data();
+        const char* const end = begin + text.size();
+        const char* const p = begin + (*begin == '+' || *begin == '-' ? 1 : 0);
+        if (p + 1 < end && p[0] == '0' && (p[1] == 'x' || p[1] == 'X')) {
+            return Quick::slowPath;
+        }
+        const bool digitFirst =
+            p != end && (detail::isAsciiDigit(*p) ||
+                         (*p == '.' && p + 1 != end && detail::isAsciiDigit(p[1])));
+        if (!digitFirst) {
+            // White space first, or a letter that may start infinity or
+            // not-a-number; anything else is no number.
+            const char lower = p == end ? '\0' : detail::toAsciiLower(*p);
+            const bool space = p == begin && mayBeSpace(*p);
+            return space || lower == 'i' || lower == 'n' ? Quick::slowPath : Quick::noNumber;
+        }
+        T read = 0;
+        const auto [stop, error] =
+            std::from_chars(*begin == '+' ? begin + 1 : begin, end, read, std::chars_format::general);
+        const T magnitude = std::fabs(read);
+        if (error != std::errc{} || !(magnitude <= std::numeric_limits<T>::max()) ||
+            (magnitude < std::numeric_limits<T>::min() && hasNonZeroDigit(begin, stop))) {
+            return Quick::slowPath;
+        }
+        number = read;
+        position = static_cast<size_t>(stop - begin);
+        return Quick::read;
+    } else {
+        return Quick::slowPath;
+    }
+}
+
+// parseWhole with a quick reading first: read(text, number, position) answers
+// without the standard conversion where it can.
+template <typename T, typename Read, typename Convert>
+bool parseQuickly(const std::string& text, T& value, Rule rule, Read read, Convert convert) {
+    if (text.empty()) {
+        return parseWhole(text, value, rule, convert);
+    }
+    T number{};
+    size_t position = 0;
+    switch (read(text, number, position)) {
+        case Quick::read:
+            value = number;
+            return position == text.size();
+        case Quick::noNumber:
+        case Quick::outOfRange:
+            if (rule == Rule::zeroFirstEmptyFails) {
+                value = T{};
+            }
+            return false;
+        case Quick::slowPath:
+            break;
+    }
+    return parseWhole(text, value, rule, convert);
 }
 
 // Reads an int in base with from_chars, ignoring what follows the number, and
@@ -78,37 +252,47 @@ bool toBoundedInteger(const std::string& text, T& value, int limit) {
 }  // namespace
 
 bool toDouble(const std::string& text, double& value) {
-    return parseWhole(
-        text, value, Rule::zeroFirstEmptyFails,
+    return parseQuickly(
+        text, value, Rule::zeroFirstEmptyFails, readDouble<double>,
         [](const std::string& s, size_t* position) { return std::stod(s, position); });
 }
 
 bool toLongLongInteger(const std::string& text, long long& value) {
-    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
-                      [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
+    return parseQuickly(text, value, Rule::zeroFirstEmptyFails, readSigned<long long>,
+                        [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
 }
 
 bool toLongInteger(const std::string& text, long& value) {
-    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
-                      [](const std::string& s, size_t* p) { return std::stol(s, p, 10); });
+    return parseQuickly(text, value, Rule::zeroFirstEmptyFails, readSigned<long>,
+                        [](const std::string& s, size_t* p) { return std::stol(s, p, 10); });
 }
 
 bool toInteger(const std::string& text, int& value) {
-    return parseWhole(text, value, Rule::zeroFirstEmptyFails,
-                      [](const std::string& s, size_t* p) { return std::stoi(s, p, 10); });
+    return parseQuickly(text, value, Rule::zeroFirstEmptyFails, readSigned<int>,
+                        [](const std::string& s, size_t* p) { return std::stoi(s, p, 10); });
 }
 
 bool toMsTime(const std::string& text, long& value) {
-    return parseWhole(text, value, Rule::keepValueEmptyIsZero,
-                      [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
+    // std::stoll's range, then narrowed to long as the conversion's result is.
+    const auto read = [](const std::string& s, long& number, size_t& position) {
+        long long wide = 0;
+        const Quick quick = readSigned(s, wide, position);
+        number = static_cast<long>(wide);
+        return quick;
+    };
+    return parseQuickly(text, value, Rule::keepValueEmptyIsZero, read,
+                        [](const std::string& s, size_t* p) { return std::stoll(s, p, 10); });
 }
 
 bool toUnsignedLongLong(const std::string& text, unsigned long long& value, int base) {
     if (!isUsableBase(base)) {
         return false;
     }
-    return parseWhole(text, value, Rule::keepValueEmptyIsZero,
-                      [base](const std::string& s, size_t* p) { return std::stoull(s, p, base); });
+    const auto convert = [base](const std::string& s, size_t* p) { return std::stoull(s, p, base); };
+    if (base == 10) {
+        return parseQuickly(text, value, Rule::keepValueEmptyIsZero, readUnsigned, convert);
+    }
+    return parseWhole(text, value, Rule::keepValueEmptyIsZero, convert);
 }
 
 bool toInteger16(const std::string& text, unsigned short& value) {

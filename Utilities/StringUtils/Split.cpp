@@ -50,15 +50,61 @@ Views<CharT> splitAtCharacter(std::basic_string_view<CharT> text, CharT delimite
     return splitAt(text, 1, findFrom, count + 1, skipEmpty);
 }
 
+// The split at a string delimiter, searching the text once: the fields are
+// gathered first (in a local buffer while they fit) and then moved to a list
+// sized as SplitUtils::countWords plus one. Where no match directly follows the
+// one before it, that count is the number of matches the split found; else
+// (rare: two delimiters in a row) it is counted again.
 template <typename CharT>
 Views<CharT> splitAtString(std::basic_string_view<CharT> text,
                            const std::basic_string<CharT>& delimiter, bool skipEmpty) {
-    detail::PatternFinder<CharT> finder(delimiter);
-    const auto findFrom = [&finder](std::basic_string_view<CharT> all, size_t from) {
-        return finder.find(all, from);
+    using View = std::basic_string_view<CharT>;
+    Views<CharT> fields;
+    if (text.empty()) {
+        return fields;
+    }
+    if (delimiter.empty()) {
+        fields.push_back(text);
+        return fields;
+    }
+    constexpr size_t kLocal = 32;
+    View local[kLocal];
+    size_t localCount = 0;
+    Views<CharT> spilled;
+    const auto keep = [&](View field) {
+        if (skipEmpty && field.empty()) {
+            return;
+        }
+        if (localCount < kLocal) {
+            local[localCount++] = field;
+            return;
+        }
+        if (spilled.empty()) {
+            spilled.reserve(8 * kLocal);
+            spilled.assign(local, local + kLocal);
+        }
+        spilled.push_back(field);
     };
-    return splitAt(text, delimiter.size(), findFrom, SplitUtils::countWords(text, delimiter) + 1,
-                   skipEmpty);
+    detail::PatternFinder<CharT> finder(delimiter);
+    size_t matches = 0;
+    bool adjacent = false;
+    size_t start = 0;
+    for (size_t match; (match = finder.find(text, start)) != View::npos;) {
+        adjacent = adjacent || (matches != 0 && match == start);
+        ++matches;
+        keep(text.substr(start, match - start));
+        start = match + delimiter.size();
+    }
+    keep(text.substr(start));
+    fields.reserve((adjacent ? SplitUtils::countWords(text, delimiter) : matches) + 1);
+    // One at a time, so that a list longer than its reservation grows as it did
+    // when the fields were appended directly.
+    const View* const first = spilled.empty() ? local : spilled.data();
+    const size_t count = spilled.empty() ? localCount : spilled.size();
+    for (size_t i = 0; i < count; ++i) {
+        fields.push_back(first[i]);
+    }
+    return fields;
 }
 
 // Pieces of chunkSize bytes, the rest last; chunkSize is compared with the length

@@ -29,11 +29,22 @@ std::string trimRight(std::string&& text) {
 
 std::string trim(std::string&& text) { return trimLeft(trimRight(std::move(text))); }
 
-std::string trimLeft(const std::string& text) { return trimLeft(std::string(text)); }
+// The copying overloads copy only the bytes that stay.
+std::string trimLeft(const std::string& text) {
+    const auto first = std::find_if(text.begin(), text.end(), [](char c) { return !isSpace(c); });
+    return std::string(first, text.end());
+}
 
-std::string trimRight(const std::string& text) { return trimRight(std::string(text)); }
+std::string trimRight(const std::string& text) {
+    const auto last = std::find_if(text.rbegin(), text.rend(), [](char c) { return !isSpace(c); });
+    return std::string(text.begin(), last.base());
+}
 
-std::string trim(const std::string& text) { return trim(std::string(text)); }
+std::string trim(const std::string& text) {
+    const auto last = std::find_if(text.rbegin(), text.rend(), [](char c) { return !isSpace(c); });
+    const auto first = std::find_if(text.begin(), last.base(), [](char c) { return !isSpace(c); });
+    return std::string(first, last.base());
+}
 
 TrimmedParts trimEx(const std::string& text) {
     const auto first = std::find_if_not(text.begin(), text.end(), isTrimExSpace);

@@ -1,7 +1,7 @@
-// Benchmarks come in pairs named "<case>/ours" and "<case>/baseline". This
-// console reporter prints the usual lines and, at the end, one line per case with
-// the baseline's time divided by ours (above 1: ours is faster) and our
-// throughput where the case counts bytes.
+// Benchmarks come in pairs named "<case>/ours" and "<case>/peer" (or
+// "<case>/baseline"). This console reporter prints the usual lines and, at the
+// end, one line per case with our time divided by the peer's (below 1: ours is
+// faster) and our throughput where the case counts bytes.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -33,7 +33,7 @@ public:
                 pair.ours = run.GetAdjustedRealTime();
                 const auto bytes = run.counters.find("bytes_per_second");
                 pair.oursBytesPerSecond = bytes == run.counters.end() ? 0 : bytes->second.value;
-            } else if (side == "baseline") {
+            } else if (side == "peer" || side == "baseline") {
                 pair.baseline = run.GetAdjustedRealTime();
             }
         }
@@ -41,12 +41,12 @@ public:
 
     void Finalize() override {
         ConsoleReporter::Finalize();
-        std::printf("\n%-44s %14s %12s\n", "case", "baseline/ours", "ours GB/s");
+        std::printf("\n%-52s %10s %12s\n", "case", "ours/peer", "ours GB/s");
         for (const auto& [name, pair] : pairs_) {
             if (pair.ours <= 0 || pair.baseline <= 0) {
                 continue;
             }
-            std::printf("%-44s %13.2fx", name.c_str(), pair.baseline / pair.ours);
+            std::printf("%-52s %9.2fx", name.c_str(), pair.ours / pair.baseline);
             if (pair.oursBytesPerSecond > 0) {
                 std::printf(" %12.2f", pair.oursBytesPerSecond / 1e9);
             }

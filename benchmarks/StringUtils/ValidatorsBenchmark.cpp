@@ -1,7 +1,7 @@
 // The validators on typical inputs, each next to its baselines in the same run:
 // std::regex compiling the pattern and matching (what a direct use of the
 // patterns costs per call) and std::regex matching with a pattern compiled once.
-// Ends with the table of baseline time / our time per case.
+// Ends with the table of our time / the baseline's per case.
 #include <benchmark/benchmark.h>
 
 #include <regex>

@@ -66,6 +66,26 @@ TEST(Numbers, Parsers) {
     check<unsigned char>(toInteger8, 9, {{"255", true, 255}, {"256", false, 9}, {"-1", true, 255}});
 }
 
+// Texts at the edges of the parsers' own reading of plain numbers, where the standard
+// conversion's answer must come out all the same: signs, points without digits on one side,
+// no digits, white space after a sign, subnormal and overflowing values, hexadecimal.
+TEST(Numbers, ParsersAtTheEdgesOfPlainNumbers) {
+    check<int>(toInteger, 7, {{"+-5", false, 0}, {"- 5", false, 0}, {"-", false, 0},
+        {"\t-7", true, -7}, {"00000000000000000000042", true, 42},
+        {"99999999999999999999", false, 0}, {"-2147483649", false, 0}});
+    check<long long>(toLongLongInteger, 1, {{"-9223372036854775809", false, 0},
+        {"+9223372036854775807x", false, LLONG_MAX}});
+    check<unsigned long long>(inBase(10), 9, {{"-18446744073709551615", true, 1}, {"+", false, 9},
+        {"-x", false, 9}, {" 5", true, 5}});
+    check<double>(toDouble, 1.0, {{"1.e5", true, 1e5}, {".5", true, 0.5}, {"+.5", true, 0.5},
+        {".", false, 0}, {"-.e1", false, 0}, {"+-1", false, 0}, {"5.", true, 5},
+        {"1e+", false, 1}, {"0x10", true, 16}, {"4.9e-324", false, 0}, {"0e999999", true, 0},
+        {"1.7976931348623159e308", false, 0}, {"2.2250738585072014e-308", true, DBL_MIN},
+        {"Infinity", true, HUGE_VAL}, {"x", false, 0}});
+    double negativeZero = 1.0;
+    EXPECT_TRUE(toDouble("-0.0", negativeZero) && std::signbit(negativeZero));
+}
+
 // Plain decimal or hexadecimal digits after an optional minus; parsing stops at a later minus.
 TEST(Numbers, FilteredViewParsers) {
     check<int>(stringViewToInteger, 9, {{"-2147483648", true, INT_MIN}, {"2147483648", false, 9},

@@ -52,6 +52,10 @@ TEST(Split, SplitAndJoin) {
     const std::string csv = "a,b,,c,d,e,f,g,h,i,j,k", words = "x::y::z::w";
     EXPECT_EQ(splitToViews(csv, ',', false).capacity(), 12u);
     EXPECT_EQ(splitToViews(words, std::string("::"), false).capacity(), 4u);
+    // Delimiters in a row: reserved as countWords says (3 + 1), then grown for the 6 fields.
+    const std::string run = "a::::::::::b";
+    EXPECT_GE(splitToViews(run, std::string("::"), false).capacity(), 6u);
+    EXPECT_EQ(splitToViews(run, std::string("::"), true).capacity(), 4u);
     // clang-format off
     const std::tuple<std::string, int, bool, Fields> chunks[] = {
         {"abcdefg", 3, false, {"abc", "def", "g"}}, {"abcdef", 3, false, {"abc", "def"}},

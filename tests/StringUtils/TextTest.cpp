@@ -104,6 +104,32 @@ TEST(Text, Search) {
               std::string("abca.b..\0", 9));
 }
 
+// The case-blind search in long texts: a match anywhere in a sixteen-byte block or in the
+// short tail, letters of either case, non-letters compared exactly (@ and ` differ only in the
+// bit that tells a letter's case), and a long near-miss pattern over a text of its first letter,
+// whose checks grow costly.
+TEST(Text, CaseInsensitiveSearchInLongTexts) {
+    struct Case {
+        std::string text;
+        std::string sub;
+        bool found;
+    };
+    const std::string filler(100, 'x');
+    const Case cases[] = {
+        {filler + "HeLLo" + filler, "hEllO", true},
+        {filler.substr(0, 37) + "NEEDLE", "needle", true},
+        {filler + "needlf" + filler, "NEEDLE", false},
+        {filler + "a`b" + filler, "A@B", false},
+        {filler + "A@B" + filler, "a@b", true},
+        {std::string(4096, 'a'), std::string(300, 'A') + "b", false},
+        {std::string(4096, 'a') + std::string(299, 'a') + "B", std::string(300, 'A') + "b", true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.sub.substr(0, 16));
+        EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.found);
+    }
+}
+
 // Occurrences formed by an erasure go too (random texts: PatternSearchTest); an empty sub leaves
 // the text unchanged.
 TEST(Text, EraseSubString) {
