@@ -1,6 +1,7 @@
 // Logging through spdlog with Strand's tracing context in every line:
 //
-//   21:50:42.123 [worker:SpdlogExample.cpp:67:main] SpdlogExample.cpp:55:lookUpContact externalInputHint=click hint042017 contact 42 found
+//   21:50:42.123 [worker:SpdlogExample.cpp:76:main] SpdlogExample.cpp:65:lookUpContact
+//       externalInputHint=click hint042017 contact 42 found   (one line)
 //
 // in brackets the thread's name (the flag %N), then the call site as a
 // quill::source::location with the hint it captured, then the message.
@@ -36,7 +37,8 @@ struct fmt::formatter<quill::source::location> : fmt::formatter<std::string_view
 // formats on its own worker thread, so there pass the name as an argument.
 class ThreadNameFlag : public spdlog::custom_flag_formatter {
 public:
-    void format(const spdlog::details::log_msg&, const std::tm&, spdlog::memory_buf_t& dest) override {
+    void format(const spdlog::details::log_msg&, const std::tm&,
+                spdlog::memory_buf_t& dest) override {
         const std::string name = Strand::getThreadName();
         dest.append(name.data(), name.data() + name.size());
     }
@@ -60,9 +62,7 @@ std::shared_ptr<spdlog::logger> makeLogger() {
     return logger;
 }
 
-void lookUpContact(spdlog::logger& log, int contact) {
-    LOG_INFO(log, "contact {} found", contact);
-}
+void lookUpContact(spdlog::logger& log, int contact) { LOG_INFO(log, "contact {} found", contact); }
 
 }  // namespace
 
