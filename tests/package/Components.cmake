@@ -28,13 +28,22 @@ if(NOT Runtime OR unexpected)
 endif()
 
 # Development: headers, link name, static libraries, package files; no run-time file.
-foreach(pattern IN ITEMS "^include/Strand/Strand\\.h$" "^include/Strand/Version\\.h$"
-    "^include/StringUtils/StringUtils\\.h$" "^lib[^/]*/libStrand\\.so$" "^lib[^/]*/libStringUtils\\.a$"
-    "^lib[^/]*/cmake/Strand/StrandConfig\\.cmake$" "^lib[^/]*/pkgconfig/strand\\.pc$")
-  set(matches ${Development})
-  list(FILTER matches INCLUDE REGEX "${pattern}")
+# A framework is one bundle: libStrand's headers and link name travel in it.
+set(expected
+  "Development|^include/StringUtils/StringUtils\\.h$" "Development|^lib[^/]*/libStringUtils\\.a$"
+  "Development|^lib[^/]*/cmake/Strand/StrandConfig\\.cmake$" "Development|^lib[^/]*/pkgconfig/strand\\.pc$")
+if(Runtime MATCHES "Strand\\.framework/")
+  list(APPEND expected "Runtime|/Strand\\.framework/Versions/[^/]+/Headers/Version\\.h$")
+else()
+  list(APPEND expected "Development|^include/Strand/Strand\\.h$" "Development|^include/Strand/Version\\.h$"
+    "Development|^lib[^/]*/libStrand\\.so$")
+endif()
+foreach(component_and_pattern IN LISTS expected)
+  string(REGEX MATCH "^([A-Za-z]+)\\|(.*)$" component_and_pattern "${component_and_pattern}")
+  set(matches ${${CMAKE_MATCH_1}})
+  list(FILTER matches INCLUDE REGEX "${CMAKE_MATCH_2}")
   if(NOT matches)
-    message(FATAL_ERROR "Development lacks ${pattern}; it has: ${Development}")
+    message(FATAL_ERROR "${CMAKE_MATCH_1} lacks ${CMAKE_MATCH_2}; it has: ${${CMAKE_MATCH_1}}")
   endif()
 endforeach()
 
