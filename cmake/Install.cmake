@@ -10,23 +10,31 @@ set(STRAND_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 # Listed in dependency order: the package file loads them in this order.
 set(STRAND_COMPONENTS QuillAssert RandomUtils StringUtils)
 
+# Every file belongs to one of two install components:
+#   Runtime      what a program needs to run: libStrand.so.N (the framework on
+#                macOS, which carries its headers inside);
+#   Development  what building against Strand needs: the headers, the
+#                libStrand.so link name, the static libraries, the CMake
+#                package and the pkg-config files.
 # INCLUDES DESTINATION puts the include root into the targets' include
 # directories for consumers whose CMake predates file sets (3.16 and later
 # work); newer ones also see the header file sets.
 set(STRAND_INSTALL_DESTINATIONS
-  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
-  FRAMEWORK DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime NAMELINK_COMPONENT Development
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT Runtime
+  FRAMEWORK DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Runtime
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 install(TARGETS strand_framework EXPORT StrandTargets ${STRAND_INSTALL_DESTINATIONS})
-install(EXPORT StrandTargets NAMESPACE Strand:: DESTINATION ${STRAND_CMAKE_DIR})
+install(EXPORT StrandTargets NAMESPACE Strand:: DESTINATION ${STRAND_CMAKE_DIR}
+  COMPONENT Development)
 foreach(component IN LISTS STRAND_COMPONENTS)
   get_target_property(target Strand::${component} ALIASED_TARGET)
   install(TARGETS ${target} EXPORT Strand${component}Targets ${STRAND_INSTALL_DESTINATIONS})
-  install(EXPORT Strand${component}Targets NAMESPACE Strand:: DESTINATION ${STRAND_CMAKE_DIR})
+  install(EXPORT Strand${component}Targets NAMESPACE Strand:: DESTINATION ${STRAND_CMAKE_DIR}
+    COMPONENT Development)
 endforeach()
 
 configure_package_config_file(cmake/StrandConfig.cmake.in
@@ -37,7 +45,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/StrandConfigVersion.cmake
 install(FILES
   ${PROJECT_BINARY_DIR}/StrandConfig.cmake
   ${PROJECT_BINARY_DIR}/StrandConfigVersion.cmake
-  DESTINATION ${STRAND_CMAKE_DIR})
+  DESTINATION ${STRAND_CMAKE_DIR} COMPONENT Development)
 
 # pkg-config files find the prefix from their own place (${pcfiledir}), so the
 # tree works wherever it is installed (cmake --install --prefix included). The
@@ -58,7 +66,8 @@ function(strand_pkgconfig_file file name description library libs_private)
   endif()
   set(STRAND_PC_LIBS_PRIVATE "${libs_private}")
   configure_file(${PROJECT_SOURCE_DIR}/cmake/strand.pc.in ${PROJECT_BINARY_DIR}/pkgconfig/${file} @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${file} DESTINATION ${STRAND_PKGCONFIG_DIR})
+  install(FILES ${PROJECT_BINARY_DIR}/pkgconfig/${file} DESTINATION ${STRAND_PKGCONFIG_DIR}
+    COMPONENT Development)
 endfunction()
 
 strand_pkgconfig_file(strand.pc Strand

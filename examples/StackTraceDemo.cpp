@@ -6,23 +6,12 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
-#include <future>
 #include <iomanip>
 #include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
-
-// A worker's idle wait. Exported (and never inlined) so that its name shows in
-// stack traces: the demo is linked with ENABLE_EXPORTS, and the project compiles
-// with hidden visibility by default.
-__attribute__((noinline, visibility("default"))) void waitForFramesToParse(
-    std::promise<Strand::ThreadId>& waiting, std::future<void>& release) {
-    waiting.set_value(Strand::getThreadId());
-    release.wait();
-}
 
 namespace {
 
@@ -103,23 +92,13 @@ void printTrace(const std::string& trace) {
 
 }  // namespace
 
-void showStackTraces() {
-    std::promise<Strand::ThreadId> waiting;
-    std::promise<void> release;
-    std::thread worker([&waiting, done = release.get_future()]() mutable {
-        Strand::setThreadName("demo-parser");
-        waitForFramesToParse(waiting, done);
-    });
-    const Strand::ThreadId workerId = waiting.get_future().get();
-
-    std::cout << "== stack trace of " << Strand::getThreadName(workerId) << " ("
-              << Strand::getThreadIdString(workerId) << "), innermost frame first:\n";
-    const std::string trace = Strand::getStackTrace({}, workerId);
+void showStackTrace(const Strand::ThreadId& target, const std::string& what) {
+    std::cout << "== stack trace of " << Strand::getThreadName(target) << " ("
+              << Strand::getThreadIdString(target) << "), " << what << ", innermost frame first:\n";
+    const std::string trace = Strand::getStackTrace({}, target);
     if (trace.empty()) {
         std::cout << "  (none: the thread has ended or blocks SIGUSR1)\n";
     } else {
         printTrace(trace);
     }
-    release.set_value();
-    worker.join();
 }

@@ -7,15 +7,23 @@
 //   3. Each worker opens a ScopedThreadName with its location: the thread is
 //      named after the hand-over, and takes over the click's hint and store.
 //      Its log lines (location::current) end with the hint.
-//   4. The store's history, the thread list with names, and the counts of a
-//      listener that saw every worker's scope start and end.
+//   4. Each worker does its job (simulated: a sleep stands in for a directory
+//      query and for setting up media) and notes its progress in the store.
+//      The media worker then blocks, waiting for a far end that never answers.
+//   5. A watchdog (the main thread) finds it stuck: it notes so in the store,
+//      prints the store's history with the time of each entry since the
+//      click, and the stack trace of the blocked worker; then the thread list
+//      with names, and the counts of a listener that saw every worker's scope
+//      start and end.
 //
 // The workers stay parked inside their scopes while the tour looks at them.
 #include <Strand/Strand.h>
 
 #include "StackTraceDemo.h"
 
+#include <chrono>
 #include <condition_variable>
+#include <iomanip>
 #include <iostream>
 #include <mutex>
 #include <sstream>
@@ -25,6 +33,16 @@
 
 // Callers fill in the call site with a macro of their own.
 #define HERE quill::source::location::current(__FILE__, __LINE__, __func__)
+
+// Where a worker waits once its job is done (the media worker: for the far
+// end). Exported and never inlined, so that its name shows in the stack trace:
+// the demo is linked with ENABLE_EXPORTS, and the project compiles with hidden
+// visibility by default. The frames of the demo's own anonymous namespace have
+// no dynamic symbol; tools/strand-symbolize names them from debug information.
+__attribute__((noinline, visibility("default"))) void waitForFarEnd(
+    std::unique_lock<std::mutex>& lock, std::condition_variable& changed, const bool& released) {
+    changed.wait(lock, [&] { return released; });
+}
 
 namespace {
 
@@ -48,6 +66,13 @@ public:
     std::atomic<int> ended{0};
 };
 
+// A worker's job: what it does, how long it takes, what it notes at the end.
+struct Job {
+    std::string name;
+    std::chrono::milliseconds duration;
+    std::string outcome;
+};
+
 // The input thread and its workers.
 class TracedRoad {
 public:
@@ -60,6 +85,12 @@ public:
 
     // The store; its owner is this object, not any thread.
     const std::shared_ptr<context_store>& store() const { return store_; }
+
+    // The worker that opened the media session and waits for the far end.
+    Strand::ThreadId mediaWorker() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return mediaWorker_;
+    }
 
     // Lets the workers leave their scopes and waits for them.
     void release() {
@@ -82,31 +113,41 @@ private:
             store_->addHeader("input: click on the Call button");
             store_->addHeader("hint " + hint::getExternalInputHintId());
             say("[input] " + HERE.to_string());
-            handOver(HERE, "look up the contact");
-            handOver(HERE, "open the media session");
+            handOver(HERE, {"look up the contact", std::chrono::milliseconds(20), "contact found"});
+            handOver(HERE, {"open the media session", std::chrono::milliseconds(35),
+                            "media session open, waiting for the far end to answer"});
         }
         // The scoped hint has ended; the store lives on with its owner.
         say("[input] " + HERE.to_string() + " (hint cleared, store kept: " +
             (context_store::getStore().expired() ? "no" : "yes") + ")");
     }
 
-    void handOver(quill::source::location from, const std::string& job) {
+    void handOver(quill::source::location from, Job job) {
         const std::lock_guard<std::mutex> lock(mutex_);
-        workers_.emplace_back(&TracedRoad::work, this, std::move(from), job);
+        workers_.emplace_back(&TracedRoad::work, this, std::move(from), std::move(job));
     }
 
-    void work(const quill::source::location& handedOver, const std::string& job) {
+    void work(const quill::source::location& handedOver, const Job& job) {
         const Strand::ScopedThreadName scope("worker", handedOver);
         std::ostringstream line;
-        line << '[' << Strand::getThreadName() << "] " << HERE;
+        line << '[' << Strand::getThreadName() << "] " << HERE << " thread "
+             << Strand::getThreadIdString() << ": " << job.name;
         say(line.str());
-        if (const auto store = context_store::getStore().lock()) {
-            store->addEntry(job + " (thread " + Strand::getThreadIdString() + ")");
+        const auto store = context_store::getStore().lock();
+        if (store) {
+            store->addEntry(job.name + ": started on thread " + Strand::getThreadIdString());
+        }
+        std::this_thread::sleep_for(job.duration);  // the job itself, simulated
+        if (store) {
+            store->addEntry(job.name + ": " + job.outcome);
         }
         std::unique_lock<std::mutex> lock(mutex_);
+        if (job.name == "open the media session") {
+            mediaWorker_ = Strand::getThreadId();
+        }
         ++parked_;
         changed_.notify_all();
-        changed_.wait(lock, [&] { return released_; });
+        waitForFarEnd(lock, changed_, released_);
     }
 
     std::mutex mutex_;
@@ -114,6 +155,7 @@ private:
     std::vector<std::thread> workers_;
     std::size_t parked_ = 0;  // workers waiting inside their scopes
     bool released_ = false;
+    Strand::ThreadId mediaWorker_{};
     std::shared_ptr<context_store> store_;
 };
 
@@ -129,8 +171,10 @@ void showStore(const context_store& store) {
     const auto entries = store.getEntries();
     const long start = entries.empty() ? 0 : std::get<1>(entries.front());
     for (const auto& [isHeader, timestamp, text] : entries) {
-        std::cout << "  +" << timestamp - start << " ms  " << (isHeader ? "[header] " : "         ")
-                  << text << "\n";
+        std::ostringstream elapsed;
+        elapsed << '+' << timestamp - start << " ms";
+        std::cout << "  " << std::left << std::setw(8) << elapsed.str()
+                  << (isHeader ? "[header] " : "         ") << text << "\n";
     }
 }
 
@@ -152,8 +196,12 @@ int main() {
     std::cout << "== the traced road\n";
     TracedRoad road;
     road.start();
+    // The watchdog: the media worker has not come back; note it and trace it.
+    const Strand::ThreadId stuck = road.mediaWorker();
+    road.store()->addEntry("watchdog: thread " + Strand::getThreadIdString(stuck) +
+                           " is stuck; taking its stack trace");
     showStore(*road.store());
-    showStackTraces();
+    showStackTrace(stuck, "the media worker blocked waiting for the far end");
     showThreads();  // the workers are still parked inside their scopes
     road.release();
 

@@ -11,7 +11,8 @@ unset(ENV{PKG_CONFIG_LIBDIR})
 separate_arguments(cxx_flags UNIX_COMMAND "${CXX_FLAGS} ${LINKER_FLAGS}")
 
 file(REMOVE_RECURSE ${WORK_DIR})
-foreach(example_and_module IN ITEMS "framework|strand" "string-library|strand-stringutils")
+foreach(example_and_module IN ITEMS "framework|strand" "string-library|strand-stringutils"
+    "own-store|strand")
   string(REPLACE "|" ";" example_and_module "${example_and_module}")
   list(GET example_and_module 0 example)
   list(GET example_and_module 1 module)

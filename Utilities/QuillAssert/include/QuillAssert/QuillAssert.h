@@ -72,7 +72,7 @@ public:
         return buffer;
     }
 
-    static constexpr std::size_t size() { return N; }
+    static constexpr std::size_t size() { return N; }  // the scrambled bytes' count
 
 private:
     std::array<char, N> bytes_{};

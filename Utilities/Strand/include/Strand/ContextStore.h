@@ -28,6 +28,7 @@ namespace quill::external_input {
 
 class hint;
 
+// The store; create one with getOrCreateStore.
 class context_store : public std::enable_shared_from_this<context_store> {
 public:
     // (isHeader, milliseconds since the epoch, text).

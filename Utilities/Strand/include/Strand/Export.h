@@ -2,4 +2,5 @@
 // else is compiled with hidden visibility and stays inside the library.
 #pragma once
 
+// Exports the declaration it precedes from libStrand.
 #define STRAND_EXPORT __attribute__((visibility("default")))

@@ -21,6 +21,7 @@
 
 namespace quill::source {
 
+// A call site and the calling thread's context; capture one with current().
 struct location {
     // Neither text is owned or copied: pass string literals. file may be null.
     const char* file = nullptr;

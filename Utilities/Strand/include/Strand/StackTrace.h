@@ -29,10 +29,12 @@ template <typename T>
 class handle {
 public:
     handle() = default;
+    // A handle to object.
     explicit handle(std::shared_ptr<T> object) noexcept : object_(std::move(object)) {}
 
+    // The object, or null for an empty handle.
     T* get() const noexcept { return object_.get(); }
-    explicit operator bool() const noexcept { return object_ != nullptr; }
+    explicit operator bool() const noexcept { return object_ != nullptr; }  // not empty
 
 private:
     std::shared_ptr<T> object_;
@@ -44,8 +46,8 @@ namespace Strand {
 
 // The trace of one thread, in getStackTrace's form.
 struct ThreadStackTrace {
-    ThreadId thread;
-    std::string trace;
+    ThreadId thread;    // the thread traced
+    std::string trace;  // its trace; empty when none was taken
 };
 
 // One sample of a thread's stack: its return addresses, innermost first.
@@ -53,8 +55,8 @@ using StackSample = std::vector<unsigned long>;
 
 // The samples taken of one thread, oldest first.
 struct ThreadSamples {
-    ThreadId thread;
-    std::vector<StackSample> samples;
+    ThreadId thread;                   // the thread sampled
+    std::vector<StackSample> samples;  // its samples, oldest first
 };
 
 // Called once per sample with the process id, the thread, the sample's

@@ -28,6 +28,7 @@
 
 namespace Strand {
 
+// A thread's triple: (POSIX handle, numeric thread id, kernel handle).
 using ThreadId = std::tuple<pthread_t, int, unsigned int>;
 
 // The calling thread's triple. Cached per thread after the first call (and
@@ -42,6 +43,7 @@ STRAND_EXPORT std::vector<ThreadId> getThreadIds();
 // library does not know gets a null element 1.
 STRAND_EXPORT std::vector<ThreadId> getThreadIds(int pid);
 
+// Elements 1, 2 and 3 of a triple.
 STRAND_EXPORT pthread_t getPosixThreadId(const ThreadId& id);
 STRAND_EXPORT int getUnixThreadId(const ThreadId& id);
 STRAND_EXPORT unsigned int getMachThreadId(const ThreadId& id);

@@ -27,6 +27,7 @@ inline size_t getLength(const std::wstring& delimiter) { return delimiter.size()
 size_t countDelimiterMatches(std::string_view text, std::string_view delimiter);
 size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter);
 
+// The same estimate for any text and delimiter type.
 template <typename Text, typename Delimiter>
 size_t countWords(const Text& text, const Delimiter& delimiter) {
     using CharT = typename Text::value_type;
@@ -122,6 +123,7 @@ std::basic_string<CharT> join(const Container& items, const Separator& separator
     return result;
 }
 
+// The items with separator between each two; empty for no items.
 std::string join(const std::vector<std::string>& items, const std::string& separator);
 std::wstring join(const std::vector<std::wstring>& items, const std::wstring& separator);
 

@@ -18,10 +18,10 @@ std::string trim(std::string&& text);
 
 // The three parts of a text around its core: leading run, core, trailing run.
 struct TrimmedParts {
-    std::string leading;
-    std::string middle;
-    std::string trailing;
-    bool operator==(const TrimmedParts&) const = default;
+    std::string leading;   // the leading run
+    std::string middle;    // the core
+    std::string trailing;  // the trailing run
+    bool operator==(const TrimmedParts&) const = default;  // equal part by part
 };
 
 // Splits text into its leading run of " \t\f\n\r" (no \v), the text between and
