@@ -35,7 +35,7 @@ set(checks
   "the client's frames have no name in the trace|trace|client\\(\\+0x[0-9a-f]+\\)"
   "the waiting function, at the line where it waits|symbolized|\n#[0-9]+ +[^\n]*waitForRelease[^\n]* [^\n]*main\\.cpp:(${line_started}|${line_stuck})\n"
   "the worker's lambda, at its call of the waiting function|symbolized|main\\.cpp:${line_worker}\n"
-  "libStrand's signal handler|symbolized|\n#[0-9]+ +Strand::[^\n]*signal")
+  "libStrand's signal handler|symbolized|\n#[0-9]+ +Strand::[^\n]*[Ss]ignal[A-Za-z]*Handler")
 set(failures "")
 foreach(check IN LISTS checks)
   string(REGEX MATCH "^([^|]*)\\|([^|]*)\\|(.*)$" check "${check}")
