@@ -20,7 +20,7 @@ bool isValidSipUri(const std::string& uri);
 // copy of address when it has none. Never fails.
 std::string removeSipKeywordFromSipAddress(const std::string& address);
 
-// Whether email as a whole matches Patterns::kEmail: 1 to 256 bytes of
+// Whether email as a whole matches the library's e-mail pattern: 1 to 256 bytes of
 // [0-9A-Za-z-_.%+], '@', a label of 1 to 65 bytes and one or more dotted
 // labels of 1 to 26 bytes, each label a letter or digit followed by letters,
 // digits and '-'. False for anything else, at any length.

@@ -64,7 +64,7 @@ bool isPhoneWordFormat(std::string text);
 // FLOWERS" -> "1-800-3569377"); empty when isPhoneWordFormat(text) is false.
 std::string convertPhonewordToPhoneNumber(std::string text);
 
-// Whether number as a whole matches Patterns::kRawPhoneNumber: an optional '+',
+// Whether number as a whole matches the library's raw phone-number pattern: an optional '+',
 // then one or more digits, spaces, '-', '(' and ')'. False otherwise.
 bool isValidRawPhoneNumber(const std::string& number);
 
@@ -77,7 +77,7 @@ bool isValidRawPhoneNumber(const std::string& number);
 bool isValidPhoneNumber(const std::string& number, unsigned int minDigits);
 
 // Whether code, after sanitizePhoneNumber(code, false, false, true), as a whole
-// matches Patterns::kFeatureAccessCode: one to three blocks of '*' or '#', one to
+// matches the library's feature-access-code pattern: one to three blocks of '*' or '#', one to
 // four of "*#" and digits, an optional '+' and up to 15 digits; then an optional
 // '#'. False otherwise.
 bool isValidFeatureAccessCode(const std::string& code);

@@ -19,15 +19,16 @@ inline size_t getLength(const wchar_t&) { return 1; }
 inline size_t getLength(const std::string& delimiter) { return delimiter.size(); }
 inline size_t getLength(const std::wstring& delimiter) { return delimiter.size(); }
 
-// A cheap estimate of the delimiter matches in text, used to size a split's result
-// once: matches that start right after the previous one are not counted, and an
-// empty delimiter counts every element. 0 for an empty text. Never fails.
-// countWords for a string delimiter, searched in time linear in text and
-// delimiter. Throws only std::bad_alloc.
+// A cheap estimate of the delimiter matches in text, used to size a split's
+// result once: matches that start right after the previous one are not counted,
+// and an empty delimiter counts every element. 0 for an empty text. This form,
+// for a string delimiter, searches in time linear in text and delimiter and
+// throws only std::bad_alloc.
 size_t countDelimiterMatches(std::string_view text, std::string_view delimiter);
 size_t countDelimiterMatches(std::wstring_view text, std::wstring_view delimiter);
 
-// The same estimate for any text and delimiter type.
+// The same estimate for any text and delimiter type; throws only what
+// countDelimiterMatches throws.
 template <typename Text, typename Delimiter>
 size_t countWords(const Text& text, const Delimiter& delimiter) {
     using CharT = typename Text::value_type;
