@@ -1,4 +1,7 @@
 // Scoped threads: the listener registry and the scoped thread name.
+#include <sys/syscall.h>
+#include <unistd.h>
+
 #include <fstream>
 #include <iterator>
 
@@ -120,7 +123,7 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     std::string log;
     const auto listener = recorder(log, "p");
     ScopedThreadName::registerCallback(listener);
-    gForkingTid = Strand::gettid();
+    gForkingTid = static_cast<int>(syscall(SYS_gettid));  // the kernel's, for /proc
     static std::atomic<bool> held{true};  // detached: a fork child must not see it unjoined
     std::thread([] {
         runInNextAllocation([] {
