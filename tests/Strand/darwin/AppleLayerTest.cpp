@@ -117,4 +117,43 @@ TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
     EXPECT_EQ(child, "ok");
 }
 
+// Each refusal of the system ends in the documented empty result, and leaves
+// no port reference or array behind (the accounting checks that at exit).
+TEST(AppleLayer, RefusalsOfTheSystemGiveEmptyResults) {
+    ParkedThread worker;
+    worker.run([] { emu::markCallingThreadAsDispatchWorker(); });
+    const ParkedThread plain;
+    struct Case {
+        const char* what;
+        emu::Fault fault;
+        int times;            // how many calls refuse; -1 every one
+        bool listed;          // getThreadIds() not empty
+        bool plainHandle;     // the plain thread listed with its handle
+    } cases[] = {
+        {"no refusal", emu::Fault::TaskForPidRefused, 0, true, true},
+        {"task_for_pid refused", emu::Fault::TaskForPidRefused, -1, false, false},
+        {"task_threads refused", emu::Fault::TaskThreadsRefused, -1, false, false},
+        {"no handle for any port", emu::Fault::FromMachThreadNull, -1, true, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        emu::injectFault(c.fault, c.times);
+        const auto listed = Strand::getThreadIds();
+        emu::clearFaults();
+        EXPECT_EQ(!listed.empty(), c.listed);
+        const auto entry = std::find_if(listed.begin(), listed.end(), [&](const Strand::ThreadId& id) {
+            return std::get<2>(id) == std::get<2>(plain.id());
+        });
+        EXPECT_EQ(entry != listed.end() && *entry == plain.id(), c.plainHandle);
+        EXPECT_TRUE(entry == listed.end() || std::get<1>(*entry) == std::get<1>(plain.id()))
+            << "the kernel's id also without a handle";
+    }
+    bool ran = false;
+    Strand::executeOnThread(worker.id(), [&] { ran = true; });
+    EXPECT_FALSE(ran) << "a dispatch worker cannot be signalled";
+    EXPECT_EQ(Strand::getStackTrace({}, worker.id()), "");
+    EXPECT_NE(Strand::getStackTrace({}, plain.id()), "");
+    EXPECT_EQ(emu::accountingReport(), "");
+}
+
 }  // namespace
