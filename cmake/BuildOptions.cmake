@@ -37,3 +37,19 @@ function(strand_add_static_library target component)
     FILES ${public_headers})
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/Utilities)
 endfunction()
+
+# Which platform layer libStrand is built with: the host's own (native), or, on
+# Linux, the Apple layer over the Darwin emulation in emulation/darwin
+# (darwin-emulated), so that the macOS code runs under every test. An emulated
+# build is for testing only: it installs nothing.
+set(STRAND_PLATFORM "native" CACHE STRING "Platform layer: native or darwin-emulated")
+set_property(CACHE STRAND_PLATFORM PROPERTY STRINGS native darwin-emulated)
+if(NOT STRAND_PLATFORM MATCHES "^(native|darwin-emulated)$")
+  message(FATAL_ERROR "STRAND_PLATFORM must be native or darwin-emulated, not ${STRAND_PLATFORM}")
+endif()
+if(STRAND_PLATFORM STREQUAL "darwin-emulated")
+  if(NOT CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    message(FATAL_ERROR "STRAND_PLATFORM=darwin-emulated needs a Linux host")
+  endif()
+  set(STRAND_INSTALL OFF)
+endif()

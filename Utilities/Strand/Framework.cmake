@@ -21,8 +21,20 @@ function(strand_make_framework target public_headers)
     FRAMEWORK TRUE
     FRAMEWORK_VERSION A
     MACOSX_FRAMEWORK_IDENTIFIER org.strand.Strand
+    MACOSX_FRAMEWORK_BUNDLE_VERSION ${PROJECT_VERSION}
+    MACOSX_FRAMEWORK_SHORT_VERSION_STRING ${PROJECT_VERSION}
     PUBLIC_HEADER "${public_headers}"
     INSTALL_NAME_DIR "@rpath")
+  # The copies into Headers/ are made by the framework's own link: Ninja hangs
+  # them off the target's compile step otherwise, which a target whose objects
+  # all come from strand_objects never runs (building only the framework left
+  # Headers/ empty).
+  get_target_property(framework_name ${target} OUTPUT_NAME)
+  set(headers_dir ${CMAKE_CURRENT_BINARY_DIR}/${framework_name}.framework/Versions/A/Headers)
+  foreach(header IN LISTS public_headers)
+    get_filename_component(header_name ${header} NAME)
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${headers_dir}/${header_name})
+  endforeach()
   target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${dir}/include>)
 
   check_linker_flag(CXX "LINKER:-exported_symbols_list,${dir}/Strand.exp"

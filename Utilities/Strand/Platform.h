@@ -38,7 +38,8 @@ namespace platform {
 // hold and allocates nothing, so a function run inside a signal handler may ask
 // who it is.
 
-// Every thread of this process in the kernel's order; empty on refusal.
+// Every thread of this process in the kernel's order; empty on refusal. Not
+// signal-safe (macOS: libpthread's thread-list lock).
 std::vector<ThreadId> listThreads();
 
 // What threadIncarnation answers for a thread that has ended, and when the
@@ -54,7 +55,8 @@ constexpr std::uint64_t kThreadUnknown = ~std::uint64_t{0};
 std::uint64_t threadIncarnation(const ThreadId& id);
 
 // Names the calling thread. name is NUL-terminated and at most 63 bytes.
-// Returns 0, or the platform's error number when it refuses. Where the
+// Returns 0, or the platform's error number when it refuses (macOS's
+// pthread_setname_np returns -1 and sets errno; the layer returns errno). Where the
 // kernel's name of the main thread is the process's name (Linux), the main
 // thread's name is kept by the library alone. Not signal-safe.
 int setCurrentThreadName(const char* name);
@@ -88,7 +90,11 @@ bool installCrossThreadHandler(SignalHandler handler);
 // Sends the cross-thread signal to thread. Returns 0, or the platform's error
 // number when the signal cannot be sent (a thread that has ended, an id that
 // names no thread of this process, on macOS a null or the caller's own POSIX
-// handle). Signal-safe.
+// handle, or a dispatch worker thread: ENOTSUP). Signal-safe on Linux (tgkill).
+// Not on macOS: pthread_kill takes libpthread's thread-list lock, which aborts
+// the process if the interrupted thread holds it; there a call made while the
+// cross-thread signal is blocked on the calling thread (inside the library's
+// handler) is refused with EDEADLK.
 int sendCrossThreadSignal(const ThreadId& thread);
 
 // Blocks the cross-thread signal on the calling thread. Returns true if this

@@ -1,4 +1,9 @@
 // Scoped threads: the listener registry and the scoped thread name.
+#ifdef __linux__
+#include <sys/syscall.h>
+#include <unistd.h>
+#endif
+
 #include <fstream>
 #include <iterator>
 
@@ -111,6 +116,16 @@ char schedulerState(int tid) {
     return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '?';
 }
 
+// The kernel's id of the calling thread, as /proc names it (also where the
+// library's numeric id is another, as on the Apple layer over the emulation).
+int kernelThreadId() {
+#ifdef __linux__
+    return static_cast<int>(syscall(SYS_gettid));
+#else
+    return Strand::gettid();
+#endif
+}
+
 std::atomic<int> gForkStage{0};  // 1 registry held, 2 forking, 3 forked
 int gForkingTid = 0;
 
@@ -120,7 +135,7 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     std::string log;
     const auto listener = recorder(log, "p");
     ScopedThreadName::registerCallback(listener);
-    gForkingTid = Strand::gettid();
+    gForkingTid = kernelThreadId();
     static std::atomic<bool> held{true};  // detached: a fork child must not see it unjoined
     std::thread([] {
         runInNextAllocation([] {

@@ -1,6 +1,11 @@
 // Thread identity on macOS: (pthread_self(), pthread_threadid_np cut to its low
 // 32 bits, Mach thread port). The port is the primary id.
 //
+// A thread that has ended but is not yet joined stays on libpthread's list with
+// its old port name, which the kernel may already have given to a new thread;
+// a listed handle is checked against the port's thread (see handleOfPort), and
+// a live thread whose name an ended one still holds is listed without handle.
+//
 // The calling thread's triple is read from its own thread structure on every
 // call (pthread_mach_thread_np adds no port reference, pthread_threadid_np of
 // the caller reads a cached id), so nothing is cached in TLS: a dylib's TLS
@@ -17,6 +22,7 @@
 #include <cstdint>
 
 #include "Strand/Platform.h"
+#include "Strand/apple/KernelThreadId_apple.h"
 
 namespace Strand {
 
@@ -31,15 +37,39 @@ int unixThreadIdOf(pthread_t thread) {
     return lowBits(id);
 }
 
-// The numeric id of a listed thread that has no POSIX handle, from the kernel.
-int unixThreadIdOfPort(mach_port_t port) {
+}  // namespace
+
+namespace platform {
+
+bool kernelThreadId(mach_port_t port, std::uint64_t& id) {
     thread_identifier_info_data_t info{};
     mach_msg_type_number_t count = THREAD_IDENTIFIER_INFO_COUNT;
     if (thread_info(port, THREAD_IDENTIFIER_INFO, reinterpret_cast<thread_info_t>(&info), &count) !=
         KERN_SUCCESS) {
-        return 0;
+        return false;
     }
-    return lowBits(info.thread_id);
+    id = info.thread_id;
+    return true;
+}
+
+}  // namespace platform
+
+namespace {
+
+// The POSIX handle of the live thread whose port is port, or null.
+// libpthread keeps a joinable thread that has ended on its list, under its old
+// port name, until it is joined, and pthread_from_mach_thread_np answers with
+// the first thread on the list that has the name: once the kernel has given
+// the name to a new thread, that is the ended one. A handle counts only if it
+// names the port and has the id the kernel gives the port's thread.
+pthread_t handleOfPort(mach_port_t port, std::uint64_t kernelId) {
+    const pthread_t handle = pthread_from_mach_thread_np(port);
+    std::uint64_t handleId = 0;
+    if (handle == pthread_t{} || pthread_mach_thread_np(handle) != port ||
+        pthread_threadid_np(handle, &handleId) != 0 || handleId != kernelId) {
+        return pthread_t{};
+    }
+    return handle;
 }
 
 // The array task_threads() returned: its port references are dropped and the
@@ -93,10 +123,15 @@ std::vector<ThreadId> listThreads() {
     threads.reserve(list.count);
     for (mach_msg_type_number_t i = 0; i < list.count; ++i) {
         const mach_port_t port = list.ports[i];
-        const pthread_t handle = pthread_from_mach_thread_np(port);
-        // A null handle would make pthread_threadid_np answer for the caller.
-        const int id = handle != pthread_t{} ? unixThreadIdOf(handle) : unixThreadIdOfPort(port);
-        threads.emplace_back(handle, id, port);
+        std::uint64_t kernelId = 0;
+        if (!platform::kernelThreadId(port, kernelId)) {
+            // Ended since the listing: the name no longer denotes it.
+            const pthread_t handle = pthread_from_mach_thread_np(port);
+            threads.emplace_back(pthread_t{}, handle != pthread_t{} ? unixThreadIdOf(handle) : 0,
+                                 port);
+            continue;
+        }
+        threads.emplace_back(handleOfPort(port, kernelId), lowBits(kernelId), port);
     }
     return threads;
 }

@@ -9,12 +9,18 @@
 // tolerates (it checks its word again).
 //
 // Port rights: the semaphore's port is made once and kept for the life of the
-// process. A fork()ed child inherits no Mach port rights, so the name would be
-// dead there and every wait would return at once (the caller spinning until its
-// deadline); the child therefore makes its own semaphore before fork() returns
-// in it, while it has only the one thread.
+// process. A fork()ed child inherits no Mach port rights, so the child makes
+// its own semaphore before fork() returns in it, while it has only the one
+// thread.
+//
+// Without a semaphore (semaphore_create refused, at load or in a fork child) a
+// wait makes it on its next call; while the system still refuses, waiters sleep
+// in short slices instead, and wakes are seen at the next slice. They never spin.
 #include <mach/mach.h>
 #include <pthread.h>
+
+#include <algorithm>
+#include <thread>
 
 #include "Strand/Platform.h"
 
@@ -22,9 +28,15 @@ namespace Strand::platform {
 
 namespace {
 
+// How long a waiter sleeps at most while there is no semaphore.
+constexpr std::chrono::milliseconds kSleepSlice{1};
+
+// MACH_PORT_NULL if the system refuses.
 semaphore_t createSemaphore() {
     semaphore_t created = MACH_PORT_NULL;
-    semaphore_create(mach_task_self(), &created, SYNC_POLICY_FIFO, 0);
+    if (semaphore_create(mach_task_self(), &created, SYNC_POLICY_FIFO, 0) != KERN_SUCCESS) {
+        return MACH_PORT_NULL;
+    }
     return created;
 }
 
@@ -54,16 +66,35 @@ void waitWhileEquals(const std::atomic<std::uint32_t>& word, std::uint32_t expec
     if (left <= std::chrono::steady_clock::duration::zero()) {
         return;
     }
+    semaphore_t semaphore = wakeSemaphore().load(std::memory_order_acquire);
+    if (semaphore == MACH_PORT_NULL) {
+        semaphore_t created = createSemaphore();
+        if (created != MACH_PORT_NULL &&
+            !wakeSemaphore().compare_exchange_strong(semaphore, created)) {
+            semaphore_destroy(mach_task_self(), created);  // another waiter made one first
+        } else if (created != MACH_PORT_NULL) {
+            semaphore = created;
+        }
+    }
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
     mach_timespec_t timeout{};
     timeout.tv_sec = static_cast<unsigned int>(seconds.count());
     timeout.tv_nsec = static_cast<clock_res_t>(
         std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count());
-    semaphore_timedwait(wakeSemaphore().load(std::memory_order_acquire), timeout);
+    const kern_return_t waited = semaphore != MACH_PORT_NULL
+                                     ? semaphore_timedwait(semaphore, timeout)
+                                     : KERN_INVALID_NAME;
+    if (waited != KERN_SUCCESS && waited != KERN_OPERATION_TIMED_OUT && waited != KERN_ABORTED) {
+        // No semaphore to sleep on: sleep a slice rather than return at once.
+        std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(left, kSleepSlice));
+    }
 }
 
 void wakeWaiters(const std::atomic<std::uint32_t>& /*word*/) {
     const semaphore_t semaphore = wakeSemaphore().load(std::memory_order_acquire);
+    if (semaphore == MACH_PORT_NULL) {
+        return;  // waiters sleep in slices and look at their words again
+    }
     semaphore_signal_all(semaphore);
     semaphore_signal(semaphore);
 }

@@ -43,6 +43,13 @@ namespace Strand {
 //   waiting for, by a later caller, outside the handler, once the function has
 //   returned); never by the handler. So what it captures may call back into the
 //   library from its destructor.
+// * Threads that cannot be signalled never run function: on macOS, dispatch
+//   (GCD) worker threads (pthread_kill answers ENOTSUP for workqueue threads)
+//   and listed threads without a POSIX handle. The call returns at once.
+// * On macOS, a call made from inside function, while it runs on another
+//   thread, is refused (returns at once, function not run): sending takes
+//   libpthread's thread-list lock, which the interrupted thread may hold. The
+//   same holds for any thread that has SIGUSR1 blocked.
 // * Calls for other threads are served one at a time in the process; a caller
 //   may wait behind others for up to about 4.1 s each.
 // * Works in the child of a fork() whatever the parent's other threads were

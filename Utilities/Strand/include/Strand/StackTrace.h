@@ -69,8 +69,10 @@ using SampleCallback =
 // a line feed, the last line included; at most 100 lines (the innermost 100
 // frames). The top lines are the recording's own frames (for another thread,
 // its signal handler). A thread whose numeric id is the caller's is the caller
-// (see executeOnThread), traced at once without a signal. Empty if the thread cannot be signalled, does not accept
-// within 100 ms (SIGUSR1 blocked), or its frames cannot be described.
+// (see executeOnThread), traced at once without a signal. Empty if the thread
+// cannot be signalled (on macOS a dispatch (GCD) worker thread, or a call from
+// inside a function that executeOnThread runs on another thread), does not
+// accept within 100 ms (SIGUSR1 blocked), or its frames cannot be described.
 // A thread interrupted inside a lazy-binding stub (during its first call of a
 // function of another shared object; on aarch64 the dynamic linker's resolver
 // has no unwind information) may give a short trace that ends a few frames

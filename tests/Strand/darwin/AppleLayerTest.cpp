@@ -1,0 +1,159 @@
+// The Apple layer on the Darwin emulation, in what only a fault of the system
+// shows: an ended, unjoined thread whose port name a live thread has taken, a
+// semaphore the system refused, and a send from inside the handler while the
+// interrupted thread holds libpthread's list lock.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+
+#include "DarwinEmulation/Control.h"
+#include "Strand/ExecuteOnThread.h"
+#include "Strand/StackTrace.h"
+#include "Strand/TestSupport.h"
+
+namespace {
+
+namespace emu = darwin_emulation;
+
+// The scheduler state of the kernel thread tid ('S' while it sleeps).
+char schedulerState(long tid) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
+    const std::string text((std::istreambuf_iterator<char>(stat)), {});
+    const auto end = text.rfind(')');
+    return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '?';
+}
+
+TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
+    emu::setPortGenerations(1);  // the kernel gives a freed name out again at once
+    struct Ended {
+        Strand::ThreadId id{};
+        std::latch known{1};
+    } ended;
+    pthread_t zombie{};
+    pthread_create(&zombie, nullptr, [](void* state) -> void* {
+        auto& self = *static_cast<Ended*>(state);
+        Strand::setThreadName("dead, unjoined");
+        self.id = Strand::getThreadId();
+        self.known.count_down();
+        return nullptr;
+    }, &ended);
+    ended.known.wait();
+    while (pthread_kill(zombie, 0) != ESRCH) sched_yield();  // ended; its name is free
+    ParkedThread live;
+    live.run([] { Strand::setThreadName("alive"); });
+    ASSERT_EQ(std::get<2>(live.id()), std::get<2>(ended.id)) << "the name was given out again";
+
+    const auto listed = Strand::getThreadIds();
+    const auto entry = std::find_if(listed.begin(), listed.end(), [&](const Strand::ThreadId& id) {
+        return std::get<2>(id) == std::get<2>(live.id());
+    });
+    ASSERT_NE(entry, listed.end());
+    EXPECT_FALSE(pthread_equal(std::get<0>(*entry), zombie)) << "listed with the ended handle";
+    EXPECT_EQ(std::get<1>(*entry), std::get<1>(live.id()));
+    EXPECT_NE(Strand::getThreadName(*entry), "dead, unjoined");
+    EXPECT_EQ(Strand::getThreadName(ended.id), "") << "an ended thread has no name";
+    EXPECT_EQ(Strand::getThreadName(live.id()), "alive");
+    pthread_join(zombie, nullptr);
+    emu::setPortGenerations(64);
+}
+
+// Without a semaphore the caller sleeps while the target runs: it never spins
+// on a semaphore name that denotes nothing.
+TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
+    emu::injectFault(emu::Fault::SemaphoreCreateFails, -1);
+    const std::string child = inChildProcess(30, [] {  // a fork child makes its own
+        const ParkedThread target;
+        const long caller = syscall(SYS_gettid);
+        const unsigned long before = emu::callsOnInvalidSemaphores();
+        bool ran = false;
+        Strand::executeOnThread(target.id(), [&] {
+            while (schedulerState(caller) != 'S' && emu::callsOnInvalidSemaphores() < before + 1000) {
+                sched_yield();
+            }
+            ran = true;
+        });
+        return ran && emu::callsOnInvalidSemaphores() == before;
+    });
+    emu::clearFaults();
+    EXPECT_EQ(child, "ok");
+}
+
+// The handler interrupts a thread inside libpthread's list lock (which
+// pthread_kill takes) and the function it runs sends again: refused on this
+// platform, never a recursive lock.
+TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
+    const std::string child = inChildProcess(30, [] {
+        struct Holder {
+            Strand::ThreadId id{};
+            std::latch known{1};
+            std::atomic<int> stage{0};  // 1 take the lock, 2 holding it, 3 release
+        } holder;
+        std::thread thread([&holder] {
+            holder.id = Strand::getThreadId();
+            holder.known.count_down();
+            while (holder.stage.load() == 0) sched_yield();
+            emu::withThreadListLockHeld([](void* state) {
+                auto& self = *static_cast<Holder*>(state);
+                self.stage = 2;
+                while (self.stage.load() != 3) sched_yield();
+            }, &holder);
+        });
+        holder.known.wait();
+        const ParkedThread other;
+        emu::runBeforeNextSignalSent([](void* state) {
+            auto& self = *static_cast<Holder*>(state);
+            self.stage = 1;
+            while (self.stage.load() != 2) sched_yield();
+        }, &holder);
+        std::string nested = "not run";
+        Strand::executeOnThread(holder.id, [&] { nested = Strand::getStackTrace({}, other.id()); });
+        holder.stage = 3;
+        thread.join();
+        return nested.empty();
+    });
+    EXPECT_EQ(child, "ok");
+}
+
+// Each refusal of the system ends in the documented empty result, and leaves
+// no port reference or array behind (the accounting checks that at exit).
+TEST(AppleLayer, RefusalsOfTheSystemGiveEmptyResults) {
+    ParkedThread worker;
+    worker.run([] { emu::markCallingThreadAsDispatchWorker(); });
+    const ParkedThread plain;
+    struct Case {
+        const char* what;
+        emu::Fault fault;
+        int times;            // how many calls refuse; -1 every one
+        bool listed;          // getThreadIds() not empty
+        bool plainHandle;     // the plain thread listed with its handle
+    } cases[] = {
+        {"no refusal", emu::Fault::TaskForPidRefused, 0, true, true},
+        {"task_for_pid refused", emu::Fault::TaskForPidRefused, -1, false, false},
+        {"task_threads refused", emu::Fault::TaskThreadsRefused, -1, false, false},
+        {"no handle for any port", emu::Fault::FromMachThreadNull, -1, true, false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        emu::injectFault(c.fault, c.times);
+        const auto listed = Strand::getThreadIds();
+        emu::clearFaults();
+        EXPECT_EQ(!listed.empty(), c.listed);
+        const auto entry = std::find_if(listed.begin(), listed.end(), [&](const Strand::ThreadId& id) {
+            return std::get<2>(id) == std::get<2>(plain.id());
+        });
+        EXPECT_EQ(entry != listed.end() && *entry == plain.id(), c.plainHandle);
+        EXPECT_TRUE(entry == listed.end() || std::get<1>(*entry) == std::get<1>(plain.id()))
+            << "the kernel's id also without a handle";
+    }
+    bool ran = false;
+    Strand::executeOnThread(worker.id(), [&] { ran = true; });
+    EXPECT_FALSE(ran) << "a dispatch worker cannot be signalled";
+    EXPECT_EQ(Strand::getStackTrace({}, worker.id()), "");
+    EXPECT_NE(Strand::getStackTrace({}, plain.id()), "");
+    EXPECT_EQ(emu::accountingReport(), "");
+}
+
+}  // namespace
