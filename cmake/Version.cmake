@@ -8,6 +8,11 @@ if(APPLE)
   # A framework carries its headers as PUBLIC_HEADER (see Framework.cmake).
   target_sources(strand_framework PRIVATE ${STRAND_VERSION_HEADER})
   set_property(TARGET strand_framework APPEND PROPERTY PUBLIC_HEADER ${STRAND_VERSION_HEADER})
+  # Copied into Headers/ by the framework's own link, as the others are.
+  get_target_property(framework_dir strand_framework BINARY_DIR)
+  get_target_property(framework_name strand_framework OUTPUT_NAME)
+  set_property(TARGET strand_framework APPEND PROPERTY LINK_DEPENDS
+    ${framework_dir}/${framework_name}.framework/Versions/A/Headers/Version.h)
   target_include_directories(strand_framework PUBLIC
     $<BUILD_INTERFACE:${STRAND_GENERATED_INCLUDE_DIR}>)
 else()

@@ -21,7 +21,8 @@ namespace quill {
 // nothing else. (The forced unwind carries no object, so the handler binds its
 // reference to null by design; UndefinedBehaviorSanitizer is told so.)
 template <typename Body, typename OnThreadEnding>
-__attribute__((no_sanitize("undefined"))) void callDroppingExceptions(Body&& body, OnThreadEnding&& onThreadEnding) {
+__attribute__((no_sanitize("undefined"))) void callDroppingExceptions(
+    Body&& body, [[maybe_unused]] OnThreadEnding&& onThreadEnding) {
     try {
         body();
 #if defined(__GLIBCXX__)

@@ -5,8 +5,6 @@
 // the case instead of the run.
 #include <csetjmp>
 
-#include <sys/syscall.h>
-
 #include "Strand/ExecuteOnThread.h"
 #include "TestSupport.h"
 
@@ -55,7 +53,7 @@ TEST(ThreadEnding, CancelLandingWhileStraySignalsInterruptABlockingCall) {
             std::atomic<bool> stop{false};
             std::thread stray([&] {
                 while (!stop.load()) {
-                    syscall(SYS_tgkill, getpid(), target.tid.load(), SIGUSR1);
+                    Strand::platform::sendCrossThreadSignal(target.id());
                     sent.fetch_add(1);
                 }
             });
