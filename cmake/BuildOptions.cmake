@@ -38,6 +38,33 @@ function(strand_add_static_library target component)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR}/Utilities)
 endfunction()
 
+# Which sanitizer Strand and its tests are built with. The flags go on this
+# directory tree only (a parent that embeds Strand keeps its own), and every
+# build rule that depends on the choice tests this variable, not flag text.
+#   address: AddressSanitizer + UndefinedBehaviorSanitizer, stopping at the first report
+#   thread:  ThreadSanitizer
+#   fuzzer:  address with libFuzzer's instrumentation (clang), for the fuzz targets
+set(STRAND_SANITIZER "none" CACHE STRING "Sanitizer: none, address, thread or fuzzer")
+set_property(CACHE STRAND_SANITIZER PROPERTY STRINGS none address thread fuzzer)
+set(STRAND_SANITIZER_COMPILE_FLAGS "")
+set(STRAND_SANITIZER_LINK_FLAGS "")
+if(STRAND_SANITIZER STREQUAL "address")
+  set(STRAND_SANITIZER_COMPILE_FLAGS
+    -fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  set(STRAND_SANITIZER_LINK_FLAGS -fsanitize=address,undefined)
+elseif(STRAND_SANITIZER STREQUAL "thread")
+  set(STRAND_SANITIZER_COMPILE_FLAGS -fsanitize=thread)
+  set(STRAND_SANITIZER_LINK_FLAGS -fsanitize=thread)
+elseif(STRAND_SANITIZER STREQUAL "fuzzer")
+  set(STRAND_SANITIZER_COMPILE_FLAGS
+    -fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  set(STRAND_SANITIZER_LINK_FLAGS -fsanitize=address,undefined)
+elseif(NOT STRAND_SANITIZER STREQUAL "none")
+  message(FATAL_ERROR "STRAND_SANITIZER must be none, address, thread or fuzzer, not ${STRAND_SANITIZER}")
+endif()
+add_compile_options(${STRAND_SANITIZER_COMPILE_FLAGS})
+add_link_options(${STRAND_SANITIZER_LINK_FLAGS})
+
 # Which platform layer libStrand is built with: the host's own (native), or, on
 # Linux, the Apple layer over the Darwin emulation in emulation/darwin
 # (darwin-emulated), so that the macOS code runs under every test. An emulated
