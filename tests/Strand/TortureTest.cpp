@@ -111,11 +111,18 @@ void* tortureAwaitCancellation(void* victim) {
 // The victim a scope listener lists and then holds in a cancellation point.
 thread_local Victim* tVictimInListener = nullptr;
 
+// It waits in pthread_testcancel, not in a blocking call: a cancel that lands
+// in a blocking call unwinds from the cancellation signal's handler, and the
+// listener registry's destructors that run then would be reported here as
+// frees inside a signal handler (ThreadEnding.* covers the blocking call).
 struct BlockingListener : Strand::IScopedThreadCallback {
     void onStarted() override {
         if (tVictimInListener != nullptr) {
             listVictim(*tVictimInListener);
-            for (;;) pause();
+            for (;;) {
+                pthread_testcancel();
+                std::this_thread::yield();
+            }
         }
     }
     void onEnded() override {}
