@@ -41,6 +41,12 @@ struct Rig {
     std::shared_ptr<Listener> tagger(const char* tag) {
         return std::make_shared<Listener>([this, tag] { log += tag; }, [this, tag] { log += tag; });
     }
+    void add(std::initializer_list<std::shared_ptr<Listener>> all) {
+        for (const auto& l : all) registry.registerCallback(l);
+    }
+    void remove(std::initializer_list<std::shared_ptr<Listener>> all) {
+        for (const auto& l : all) registry.unRegisterCallback(l);
+    }
 };
 
 TEST(ScopedThreadNotifications, RegistrationRules) {
@@ -49,37 +55,17 @@ TEST(ScopedThreadNotifications, RegistrationRules) {
         void (*steps)(Rig&);
         const char* heard;  // tags of the listeners notified, in order, in each round
     } cases[] = {
-        {"null is ignored", [](Rig& r) {
-             r.registry.registerCallback(nullptr);
-             r.registry.registerCallback(r.a);
-             r.registry.unRegisterCallback(nullptr);
-         }, "a"},
-        {"a listener registered twice is unregistered once, from the front", [](Rig& r) {
-             for (auto* l : {&r.a, &r.b, &r.a}) r.registry.registerCallback(*l);
-             r.registry.unRegisterCallback(r.a);
-         }, "ba"},
-        {"unregistering twice is harmless", [](Rig& r) {
-             r.registry.registerCallback(r.a);
-             r.registry.registerCallback(r.b);
-             r.registry.unRegisterCallback(r.a);
-             r.registry.unRegisterCallback(r.a);
-         }, "b"},
-        {"a dead listener is skipped", [](Rig& r) {
-             r.registry.registerCallback(r.d);
-             r.registry.registerCallback(r.a);
-             r.d.reset();
-         }, "a"},
-        {"a disabled registry ignores all", [](Rig& r) {
-             r.registry.registerCallback(r.a);
-             r.registry.deinit();
-             r.registry.registerCallback(r.b);
-         }, ""},
-        {"re-enabling starts empty", [](Rig& r) {
-             r.registry.registerCallback(r.a);
-             r.registry.deinit();
-             r.registry.init();
-             r.registry.registerCallback(r.b);
-         }, "b"}};
+        {"null is ignored",
+         [](Rig& r) { r.add({nullptr, r.a}), r.registry.unRegisterCallback(nullptr); }, "a"},
+        {"a listener registered twice is unregistered once, from the front",
+         [](Rig& r) { r.add({r.a, r.b, r.a}), r.remove({r.a}); }, "ba"},
+        {"unregistering twice is harmless", [](Rig& r) { r.add({r.a, r.b}), r.remove({r.a, r.a}); },
+         "b"},
+        {"a dead listener is skipped", [](Rig& r) { r.add({r.d, r.a}), r.d.reset(); }, "a"},
+        {"a disabled registry ignores all",
+         [](Rig& r) { r.add({r.a}), r.registry.deinit(), r.add({r.b}); }, ""},
+        {"re-enabling starts empty",
+         [](Rig& r) { r.add({r.a}), r.registry.deinit(), r.registry.init(), r.add({r.b}); }, "b"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         Rig rig;
