@@ -18,22 +18,21 @@ TEST(Random, FunctionsMapTheHooksAnswer) {
         int answer;  // what the hook returns to every draw
         int (*run)();
         int expected;
-    } cases[] = {
-        {"rand", 5, [] { return quill::rand(3, 9, true); }, 5},
-        {"rand_bool on 1", 1, +randBool, 1},
-        {"rand_bool on 2", 2, +randBool, 0},
-        {"uniform_rand_dist", -3, [] { return quill::uniform_rand_dist(10, 3); }, 7},
-        {"uniform_rand_dist wraps", 1, [] { return quill::uniform_rand_dist(INT_MAX, 1); },
-         INT_MIN},
-        {"100% on 100", 100, +[] { return int{quill::isPercentSample(100)}; }, 1},
-        {"1% on 1", 1, +[] { return int{quill::isPercentSample(1)}; }, 1},
-        {"99% on 100", 100, +[] { return int{quill::isPercentSample(99)}; }, 0},
-        {"0%", 1, +[] { return int{quill::isPercentSample(0)}; }, 0},
-        {"101%", 1, +[] { return int{quill::isPercentSample(101)}; }, 0},
-        {"-3%", 1, +[] { return int{quill::isPercentSample(-3)}; }, 0},
-        // The sign is a second draw through the hook, 2 meaning negative.
-        {"a signed number", 2, [] { return quill::Generator().getRandomNumber(5, 6, true) / 5; },
-         -1}};
+    } cases[] = {{"rand", 5, [] { return quill::rand(3, 9, true); }, 5},
+                 {"rand_bool on 1", 1, +randBool, 1},
+                 {"rand_bool on 2", 2, +randBool, 0},
+                 {"uniform_rand_dist", -3, [] { return quill::uniform_rand_dist(10, 3); }, 7},
+                 {"uniform_rand_dist wraps", 1, [] { return quill::uniform_rand_dist(INT_MAX, 1); },
+                  INT_MIN},
+                 {"100% on 100", 100, +[] { return int{quill::isPercentSample(100)}; }, 1},
+                 {"1% on 1", 1, +[] { return int{quill::isPercentSample(1)}; }, 1},
+                 {"99% on 100", 100, +[] { return int{quill::isPercentSample(99)}; }, 0},
+                 {"0%", 1, +[] { return int{quill::isPercentSample(0)}; }, 0},
+                 {"101%", 1, +[] { return int{quill::isPercentSample(101)}; }, 0},
+                 {"-3%", 1, +[] { return int{quill::isPercentSample(-3)}; }, 0},
+                 // The sign is a second draw through the hook, 2 meaning negative.
+                 {"a signed number", 2,
+                  [] { return quill::Generator().getRandomNumber(5, 6, true) / 5; }, -1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.call);
         g_randFunc = [answer = c.answer](int, int, bool) { return answer; };

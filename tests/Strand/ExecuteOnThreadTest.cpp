@@ -22,7 +22,8 @@ using Clock = std::chrono::steady_clock;
 
 // Runs a function that records its thread and then runs also; returns where it
 // ran (empty if it did not). Not for calls that time out.
-Strand::ThreadId ranOn(const Strand::ThreadId& thread, const std::function<void()>& also = [] {}) {
+Strand::ThreadId ranOn(
+    const Strand::ThreadId& thread, const std::function<void()>& also = [] {}) {
     Strand::ThreadId where{};
     executeOnThread(thread, [&] { (where = Strand::getThreadId(), also()); });
     return where;

@@ -10,7 +10,7 @@ TEST(HexAndFileName, ToHexString) {
     const struct {
         int value;
         const char* hex;
-    } cases[] = {{0, "0x0"},          {255, "0xff"},        {INT_MAX, "0x7fffffff"},
+    } cases[] = {{0, "0x0"},          {255, "0xff"},      {INT_MAX, "0x7fffffff"},
                  {-16, "0xfffffff0"}, {-1, "0xffffffff"}, {INT_MIN, "0x80000000"}};
     for (const auto& c : cases) EXPECT_EQ(toHexString(c.value), c.hex) << c.value;
 }
@@ -18,9 +18,15 @@ TEST(HexAndFileName, ToHexString) {
 TEST(HexAndFileName, FilenameFromPath) {
     const struct {
         std::string path, name;
-    } cases[] = {{"/usr/src/lib/main.cpp", "main.cpp"}, {"dir\\sub\\file.cpp", "file.cpp"},
-                 {"a\\b/c", "c"},      {"a/b\\c", "c"},     {"main.cpp", "main.cpp"},
-                 {"", ""},             {"logs/", ""},       {"logs\\", ""},
-                 {"d:file.cpp", "d:file.cpp"}, {std::string("a\0/b", 4), "b"}};
+    } cases[] = {{"/usr/src/lib/main.cpp", "main.cpp"},
+                 {"dir\\sub\\file.cpp", "file.cpp"},
+                 {"a\\b/c", "c"},
+                 {"a/b\\c", "c"},
+                 {"main.cpp", "main.cpp"},
+                 {"", ""},
+                 {"logs/", ""},
+                 {"logs\\", ""},
+                 {"d:file.cpp", "d:file.cpp"},
+                 {std::string("a\0/b", 4), "b"}};
     for (const auto& c : cases) EXPECT_EQ(filenameFromPath(c.path), c.name) << c.path;
 }

@@ -69,8 +69,8 @@ TEST(PhoneNumbers, Cleaners) {
     EXPECT_THROW(sanitizeCallString("555\xFF", false), std::range_error);
     const struct {
         std::string text, number, dtmf;
-    } splits[] = {{"5550100,,123#", "5550100", ",,123#"}, {"5550100", "5550100", ""},
-                  {",1", "", ",1"}};
+    } splits[] = {
+        {"5550100,,123#", "5550100", ",,123#"}, {"5550100", "5550100", ""}, {",1", "", ",1"}};
     for (const auto& c : splits) {
         std::string number = "old", dtmf = "old";  // outputs that held text
         splitNumberDTMF(c.text, number, dtmf);

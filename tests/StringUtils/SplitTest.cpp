@@ -27,6 +27,7 @@ void checkSplitters(const Text& text, const Delimiter& delimiter, bool skipEmpty
 // Every delimiter splitter, narrow and wide, by one table; one-character delimiters also through
 // the character overloads. countWords sizes the result for a string delimiter.
 TEST(Split, ByDelimiter) {
+    // clang-format off
     const struct {
         std::string text, delimiter;
         bool skipEmpty;
@@ -40,6 +41,7 @@ TEST(Split, ByDelimiter) {
         {"abc", "", false, {"abc"}, 3}, {"", "", false, {}, 0},
         {"::a::::b::", "::", false, {"", "a", "", "b", ""}, 3},
         {"::a::::b::", "::", true, {"a", "b"}, 3}, {"abc", "abcd", false, {"abc"}, 0}};
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text + " at " + c.delimiter + (c.skipEmpty ? " skipping empty" : ""));
         checkSplitters(c.text, c.delimiter, c.skipEmpty, c.fields);
@@ -59,18 +61,24 @@ TEST(Split, ByLengthAndJoin) {
         int chunkSize;
         bool skipEmpty;
         Fields pieces;
-    } chunks[] = {{"abcdefg", 3, false, {"abc", "def", "g"}}, {"abcdef", 3, false, {"abc", "def"}},
-                  {"abc \t\n", 3, true, {"abc"}}, {"abc  x", 3, true, {"abc", "  x"}},
-                  {"", 3, false, {}}, {"abc", 0, false, {"", "abc"}}, {"abc", 0, true, {"abc"}},
-                  {"  ", 0, true, {}}, {"abc", -1, false, {"abc"}}};
+    } chunks[] = {{"abcdefg", 3, false, {"abc", "def", "g"}},
+                  {"abcdef", 3, false, {"abc", "def"}},
+                  {"abc \t\n", 3, true, {"abc"}},
+                  {"abc  x", 3, true, {"abc", "  x"}},
+                  {"", 3, false, {}},
+                  {"abc", 0, false, {"", "abc"}},
+                  {"abc", 0, true, {"abc"}},
+                  {"  ", 0, true, {}},
+                  {"abc", -1, false, {"abc"}}};
     for (const auto& c : chunks) {
-        EXPECT_EQ(split(c.text, c.chunkSize, c.skipEmpty), c.pieces) << c.text << " by "
-                                                                     << c.chunkSize;
+        EXPECT_EQ(split(c.text, c.chunkSize, c.skipEmpty), c.pieces)
+            << c.text << " by " << c.chunkSize;
     }
     const struct {
         Fields items;
         std::string separator, joined;
-    } joins[] = {{{}, ",", ""}, {{"a"}, ",", "a"}, {{"a", "", "b"}, ",", "a,,b"}, {{"a", "b"}, "", "ab"}};
+    } joins[] = {
+        {{}, ",", ""}, {{"a"}, ",", "a"}, {{"a", "", "b"}, ",", "a,,b"}, {{"a", "b"}, "", "ab"}};
     for (const auto& c : joins) {
         EXPECT_EQ(join(c.items, c.separator), c.joined);
         EXPECT_EQ(join(widen(c.items), widen(c.separator)), widen(c.joined));

@@ -19,13 +19,14 @@ TEST(Text, Trim) {
     const std::string nul("\0 a", 3), noBreak = "\xC2\xA0x\xC2\xA0";
     const struct {
         std::string text;
-        TrimmedParts parts;  // trimEx
+        TrimmedParts parts;       // trimEx
         std::string left, right;  // trimLeft, trimRight; trim gives both
-    } cases[] = {
-        {"", {"", "", ""}, "", ""}, {" \t\n\v\f\r", {" \t\n", "\v", "\f\r"}, "", ""},
-        {"  a b\t", {"  ", "a b", "\t"}, "a b\t", "  a b"},
-        {"abc\v", {"", "abc\v", ""}, "abc\v", "abc"},
-        {noBreak, {"", noBreak, ""}, noBreak, noBreak}, {nul, {"", nul, ""}, nul, nul}};
+    } cases[] = {{"", {"", "", ""}, "", ""},
+                 {" \t\n\v\f\r", {" \t\n", "\v", "\f\r"}, "", ""},
+                 {"  a b\t", {"  ", "a b", "\t"}, "a b\t", "  a b"},
+                 {"abc\v", {"", "abc\v", ""}, "abc\v", "abc"},
+                 {noBreak, {"", noBreak, ""}, noBreak, noBreak},
+                 {nul, {"", nul, ""}, nul, nul}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.text));
         EXPECT_EQ(trimEx(c.text), c.parts);
@@ -93,8 +94,10 @@ TEST(Text, Search) {
         bool found;
         size_t position;  // 99: left as it was
         bool foundIgnoringCase;
-    } finds[] = {{"abcabc", "bc", true, 1, true}, {"abc", "", true, 0, true},
-                 {"", "", true, 0, true},         {"abc", "x", false, 99, false},
+    } finds[] = {{"abcabc", "bc", true, 1, true},
+                 {"abc", "", true, 0, true},
+                 {"", "", true, 0, true},
+                 {"abc", "x", false, 99, false},
                  {"Hello World", "WORLD", false, 99, true},
                  {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
     for (const auto& c : finds) {
