@@ -1,7 +1,4 @@
 // Thread identity and names.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "QuillAssert/QuillAssert.h"
@@ -96,16 +93,12 @@ TEST(ThreadId, ForkedChildSeesItsOwnTriple) {
     Strand::setThreadName("forking thread with a long name");
     const Strand::ThreadId parent = Strand::getThreadId();
     const ParkedThread others[2];  // must not appear in the child
-    const pid_t child = fork();
-    if (child == 0) {
+    EXPECT_EQ(inChildProcess(10, [&] {
         const Strand::ThreadId self = Strand::getThreadId();
-        const bool ok = std::get<1>(self) == Strand::gettid() && self != parent &&
-                        Strand::getThreadIds() == std::vector<Strand::ThreadId>{self};
-        _exit(ok && Strand::getThreadName() == "forking thread with a long name" ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+        return std::get<1>(self) == Strand::gettid() && self != parent &&
+               Strand::getThreadIds() == std::vector<Strand::ThreadId>{self} &&
+               Strand::getThreadName() == "forking thread with a long name";
+    }), "ok");
     EXPECT_EQ(Strand::getThreadId(), parent);
 }
 
