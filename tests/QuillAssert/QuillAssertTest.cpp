@@ -10,36 +10,41 @@ using quill::overrideable::g_quillAssertErrorLogFunc;
 using quill::overrideable::g_quillAssertFunc;
 
 TEST(QuillAssert, ComposedTextAndHookOrder) {
-    std::string calls;
+    std::string logged, asserted;  // the log hook's text; the assert hook's condition and message
     const auto log = [&](const auto& text, int line, const auto& file, const auto& fn) {
-        calls += "log " + text + "|" + std::to_string(line) + "|" + file + "|" + fn + ", ";
+        logged = text;
+        EXPECT_EQ(file + ":" + std::to_string(line) + ":" + fn, "f.c:4:fn");
     };
     const auto check = [&](const auto& file, int line, const auto& fn, const auto& cond,
                            const auto& message) {
-        calls +=
-            "assert " + file + "|" + std::to_string(line) + "|" + fn + "|" + cond + "|" + message;
+        asserted = cond + "/" + message;
+        EXPECT_EQ(file + ":" + std::to_string(line) + ":" + fn, "f.c:4:fn");
     };
-    // Hooks installed (log, assert), condition and message, then the calls expected.
-    const std::tuple<bool, bool, std::string, std::string, std::string> cases[] = {
-        {true, true, "x > 0", "", "log Assertion failed: x > 0|4|f.c|fn, assert f.c|4|fn|x > 0|"},
-        {true, true, "", "", "log Assertion failed: |4|f.c|fn, assert f.c|4|fn||"},
-        {true, true, "rc == 0", "m",
-         "log Assertion failed: rc == 0 with message: m|4|f.c|fn, assert f.c|4|fn|rc == 0|m"},
-        {true, true, "", "why",
-         "log Assertion failed:  with message: why|4|f.c|fn, assert f.c|4|fn||why"},
-        {false, true, "c", "m", "assert f.c|4|fn|c|m"},
-        {false, false, "c", "m", ""}};
-    for (const auto& [withLog, withAssert, condition, message, expected] : cases) {
-        calls.clear();
-        g_quillAssertErrorLogFunc = withLog ? decltype(g_quillAssertErrorLogFunc)(log) : nullptr;
-        g_quillAssertFunc = withAssert ? decltype(g_quillAssertFunc)(check) : nullptr;
-        quill::assertImpl("f.c", 4, "fn", condition, message);
-        EXPECT_EQ(calls, expected);
+    const struct {
+        bool withLog, withAssert;
+        std::string condition, message, logged, asserted;  // "" when the hook is not called
+    } cases[] = {
+        {true, true, "x > 0", "", "Assertion failed: x > 0", "x > 0/"},
+        {true, true, "", "", "Assertion failed: ", "/"},
+        {true, true, "rc == 0", "m", "Assertion failed: rc == 0 with message: m", "rc == 0/m"},
+        {true, true, "", "why", "Assertion failed:  with message: why", "/why"},
+        {false, true, "c", "m", "", "c/m"},
+        {false, false, "c", "m", "", ""}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.condition + "/" + c.message);
+        logged.clear();
+        asserted.clear();
+        g_quillAssertErrorLogFunc = c.withLog ? decltype(g_quillAssertErrorLogFunc)(log) : nullptr;
+        g_quillAssertFunc = c.withAssert ? decltype(g_quillAssertFunc)(check) : nullptr;
+        quill::assertImpl("f.c", 4, "fn", c.condition, c.message);
+        EXPECT_EQ(logged, c.logged);
+        EXPECT_EQ(asserted, c.asserted);
     }
+    asserted.clear();
     g_quillAssertErrorLogFunc = [](auto&&...) { throw std::runtime_error("hook"); };
     g_quillAssertFunc = check;
-    EXPECT_THROW(quill::assertImpl("f.c", 1, "fn", "c", "m"), std::runtime_error);
-    EXPECT_EQ(calls, "") << "the assert hook runs after the error-log hook";
+    EXPECT_THROW(quill::assertImpl("f.c", 4, "fn", "c", "m"), std::runtime_error);
+    EXPECT_EQ(asserted, "") << "the assert hook runs after the error-log hook";
     g_quillAssertErrorLogFunc = nullptr;
     g_quillAssertFunc = nullptr;
 }

@@ -1,12 +1,4 @@
 // Scoped threads: the listener registry and the scoped thread name.
-#ifdef __linux__
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
-
-#include <fstream>
-#include <iterator>
-
 #include "Strand/ScopedThreadNotifications.h"
 #include "TestSupport.h"
 
@@ -41,33 +33,47 @@ struct LocalRegistry : ScopedThreadNotifications {
     ~LocalRegistry() { deinit(); }
 };
 
+// Listeners a, b and d of one registry, and the tags of those notified so far.
+struct Rig {
+    std::string log;
+    LocalRegistry registry;
+    std::shared_ptr<Listener> a = tagger("a"), b = tagger("b"), d = tagger("d");
+    std::shared_ptr<Listener> tagger(const char* tag) {
+        return std::make_shared<Listener>([this, tag] { log += tag; }, [this, tag] { log += tag; });
+    }
+    void add(std::initializer_list<std::shared_ptr<Listener>> all) {
+        for (const auto& l : all) registry.registerCallback(l);
+    }
+    void remove(std::initializer_list<std::shared_ptr<Listener>> all) {
+        for (const auto& l : all) registry.unRegisterCallback(l);
+    }
+};
+
 TEST(ScopedThreadNotifications, RegistrationRules) {
-    // +x registers x, -x unregisters it, ~x lets it die, 0 is null; off / on
-    // disable / enable. Then one started and one ended round.
-    const std::pair<const char*, const char*> cases[] = {
-        {"+0 +a -0", "a+ a- "},    {"+a +b +a -a", "b+ a+ b- a- "},
-        {"+a +b -a -a", "b+ b- "}, {"+d +a ~d", "a+ a- "},
-        {"+a off +b", ""},         {"+a off on +b", "b+ b- "}};
-    for (const auto& [steps, expected] : cases) {
-        std::string log;
-        std::map<char, std::shared_ptr<Listener>> listeners;
-        for (const char tag : {'a', 'b', 'd'}) listeners[tag] = recorder(log, std::string(1, tag));
-        LocalRegistry registry;
-        std::istringstream in(steps);
-        for (std::string step; in >> step;) {
-            auto& listener = listeners[step[1]];
-            if (step == "off" || step == "on") {
-                step == "off" ? registry.deinit() : registry.init();
-            } else if (step[0] == '~') {
-                listener.reset();
-            } else {
-                step[0] == '+' ? registry.registerCallback(listener)
-                               : registry.unRegisterCallback(listener);
-            }
-        }
-        registry.fireOnStarted();
-        registry.fireOnEnded();
-        EXPECT_EQ(log, expected) << steps;
+    const struct {
+        const char* name;
+        void (*steps)(Rig&);
+        const char* heard;  // tags of the listeners notified, in order, in each round
+    } cases[] = {
+        {"null is ignored",
+         [](Rig& r) { r.add({nullptr, r.a}), r.registry.unRegisterCallback(nullptr); }, "a"},
+        {"a listener registered twice is unregistered once, from the front",
+         [](Rig& r) { r.add({r.a, r.b, r.a}), r.remove({r.a}); }, "ba"},
+        {"unregistering twice is harmless", [](Rig& r) { r.add({r.a, r.b}), r.remove({r.a, r.a}); },
+         "b"},
+        {"a dead listener is skipped", [](Rig& r) { r.add({r.d, r.a}), r.d.reset(); }, "a"},
+        {"a disabled registry ignores all",
+         [](Rig& r) { r.add({r.a}), r.registry.deinit(), r.add({r.b}); }, ""},
+        {"re-enabling starts empty",
+         [](Rig& r) { r.add({r.a}), r.registry.deinit(), r.registry.init(), r.add({r.b}); }, "b"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        Rig rig;
+        c.steps(rig);
+        rig.registry.fireOnStarted();
+        EXPECT_EQ(std::exchange(rig.log, {}), c.heard);
+        rig.registry.fireOnEnded();
+        EXPECT_EQ(rig.log, c.heard);
     }
 }
 
@@ -108,26 +114,7 @@ TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
     EXPECT_EQ(started.load(), 4 * 200) << "the steady listener saw every round once";
 }
 
-// The scheduler state of thread tid ('S' while it sleeps, in a lock say).
-char schedulerState(int tid) {
-    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
-    const std::string text((std::istreambuf_iterator<char>(stat)), {});
-    const auto end = text.rfind(')');
-    return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '?';
-}
-
-// The kernel's id of the calling thread, as /proc names it (also where the
-// library's numeric id is another, as on the Apple layer over the emulation).
-int kernelThreadId() {
-#ifdef __linux__
-    return static_cast<int>(syscall(SYS_gettid));
-#else
-    return Strand::gettid();
-#endif
-}
-
-std::atomic<int> gForkStage{0};  // 1 registry held, 2 forking, 3 forked
-int gForkingTid = 0;
+std::atomic<int> gForkStage{0};  // 1 registry held, 2 forking, 3 in fork's prepare handlers
 
 // One thread is inside the registry's hold (allocating the copy of the list)
 // when another forks: the child must still register, fire and name threads.
@@ -135,15 +122,18 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     std::string log;
     const auto listener = recorder(log, "p");
     ScopedThreadName::registerCallback(listener);
-    gForkingTid = kernelThreadId();
+    // Registered after the library's, so it runs before the library's handler
+    // waits for the hold: the holder lets go only once the fork is under way.
+    static const bool installed = pthread_atfork([] {
+        if (gForkStage.load() == 2) (gForkStage.store(3), gForkStage.notify_all());
+    }, nullptr, nullptr) == 0;
+    ASSERT_TRUE(installed);
     static std::atomic<bool> held{true};  // detached: a fork child must not see it unjoined
     std::thread([] {
         runInNextAllocation([] {
             gForkStage.store(1);
             gForkStage.notify_all();
-            gForkStage.wait(1);
-            // Leaves the hold once the forking thread waits (for this hold) or has forked.
-            while (gForkStage.load() < 3 && schedulerState(gForkingTid) != 'S') sched_yield();
+            for (int stage = 1; stage < 3; stage = gForkStage.load()) gForkStage.wait(stage);
         });
         ScopedThreadName::notifier.fireOnStarted();
         held.store(false);
@@ -162,7 +152,6 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
         return childLog == "c+ c- " && Strand::getThreadName() == "child, named after the fork" &&
                std::count(listed.begin(), listed.end(), Strand::getThreadId()) == 1;
     });
-    gForkStage.store(3);
     held.wait(true);
     ScopedThreadName::unRegisterCallback(listener);
     EXPECT_EQ(child, "ok");
@@ -221,34 +210,53 @@ TEST_F(ScopedThreadNameTest, NamesTheThreadAndCarriesTheLocationsContext) {
         return [=] { return std::make_unique<ScopedThreadName>(args...); };
     };
     const std::string net = std::string("Client.cpp:120:<") + typeid(Net).name() + ">connect";
-    // The scope, whether the thread has its own hint (tap, hint000001), then what
-    // the thread shows: "name during|name after|hint during|hint after|store|events".
-    const std::tuple<Make, bool, std::string> cases[] = {
-        {scopeOf(std::string("worker"), true), false, "worker|old|||-|L+ L- "},
-        {scopeOf(std::string(64, 'n'), true), true, std::string(63, 'n') + "|old|tap||-|L+ L- "},
-        {scopeOf(at("click")), false, "Client.cpp:120:connect|old|click||S|L+ L- "},
-        {scopeOf(at("click")), true, "Client.cpp:120:connect|old|click|tap|S|L+ L- "},
-        {scopeOf(at("click", "hint000001")), true, "Client.cpp:120:connect|old|tap|tap|S|L+ L- "},
-        {scopeOf(std::string("Net"), at("click")), false,
-         "Net:Client.cpp:120:connect|old|click||S|L+ L- "},
-        {scopeOf(std::string(), at("")), false, "Client.cpp:120:connect|old|||S|L+ L- "},
-        {scopeOf(std::cref(typeid(Net)), at("click")), true, net + "|old|tap||-|L+ L- "},
-        // Without a file the name stays, nobody hears, and the end restores nothing.
-        {scopeOf(location{nullptr, "f", nullptr, {}, 1}), false, "old||||-|"}};
-    for (const auto& [make, ownHint, expected] : cases) {
-        const std::string seen = onNewThread([&, &make = make, ownHint = ownHint] {
+    const std::string loc = "Client.cpp:120:connect";
+    // The thread is named "old" and, if ownHint, has hint hint000001 named "tap".
+    const struct {
+        const char* name;
+        Make make;
+        bool ownHint;
+        std::string nameDuring, nameAfter, hintDuring, hintAfter;
+        bool sharesStore, notifies;
+    } cases[] = {
+        {"a name", scopeOf(std::string("worker"), true), false, "worker", "old", "", "", false,
+         true},
+        {"a long name is cut", scopeOf(std::string(64, 'n'), true), true, std::string(63, 'n'),
+         "old", "tap", "", false, true},
+        {"a location", scopeOf(at("click")), false, loc, "old", "click", "", true, true},
+        {"a location over an own hint", scopeOf(at("click")), true, loc, "old", "click", "tap",
+         true, true},
+        {"the own hint's id wins", scopeOf(at("click", "hint000001")), true, loc, "old", "tap",
+         "tap", true, true},
+        {"a prefix and a location", scopeOf(std::string("Net"), at("click")), false, "Net:" + loc,
+         "old", "click", "", true, true},
+        {"an empty prefix and hint", scopeOf(std::string(), at("")), false, loc, "old", "", "",
+         true, true},
+        {"a type and a location", scopeOf(std::cref(typeid(Net)), at("click")), true, net, "old",
+         "tap", "", false, true},
+        {"no file: the name stays, nobody hears, the end restores nothing",
+         scopeOf(location{nullptr, "f", nullptr, {}, 1}), false, "old", "", "", "", false, false}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::string nameDuring, nameAfter, hintDuring, hintAfter;
+        bool sharesStore = false;
+        onNewThread([&] {
             Strand::setThreadName("old");
-            if (ownHint) hint("hint000001", "tap").setAsExternalInputHint();
-            auto scope = make();
-            const std::string nameDuring = Strand::getThreadName() + "|";
-            const std::string hintDuring = hint::getExternalInputHintName() + "|";
+            if (c.ownHint) hint("hint000001", "tap").setAsExternalInputHint();
+            auto scope = c.make();
+            nameDuring = Strand::getThreadName();
+            hintDuring = hint::getExternalInputHintName();
             scope.reset();
-            return nameDuring + Strand::getThreadName() + "|" + hintDuring +
-                   hint::getExternalInputHintName() +
-                   (context_store::getStore().lock() == store ? "|S|" : "|-|") + log;
+            nameAfter = Strand::getThreadName();
+            hintAfter = hint::getExternalInputHintName();
+            sharesStore = context_store::getStore().lock() == store;
         });
-        EXPECT_EQ(seen, expected);
-        log.clear();
+        EXPECT_EQ(nameDuring, c.nameDuring);
+        EXPECT_EQ(nameAfter, c.nameAfter);
+        EXPECT_EQ(hintDuring, c.hintDuring);
+        EXPECT_EQ(hintAfter, c.hintAfter);
+        EXPECT_EQ(sharesStore, c.sharesStore);
+        EXPECT_EQ(std::exchange(log, {}), c.notifies ? "L+ L- " : "");
     }
 }
 
@@ -261,9 +269,11 @@ TEST_F(ScopedThreadNameTest, OnlyTheOutermostNotifyingScopeNotifies) {
                 const ScopedThreadName inner("inner", true);
                 const ScopedThreadName quiet("quiet", false);
             }
-            EXPECT_EQ(Strand::getThreadName() + "|" + std::exchange(log, {}), "outer|L+ ");
+            EXPECT_EQ(Strand::getThreadName(), "outer");
+            EXPECT_EQ(std::exchange(log, {}), "L+ ");
         }
-        EXPECT_EQ(Strand::getThreadName() + "|" + std::exchange(log, {}), "before|L- ");
+        EXPECT_EQ(Strand::getThreadName(), "before");
+        EXPECT_EQ(std::exchange(log, {}), "L- ");
         {
             const ScopedThreadName quiet("quiet", false);
             const ScopedThreadName inner("inner", true);

@@ -8,7 +8,6 @@
 #include <random>
 #include <string>
 #include <string_view>
-#include <tuple>
 
 namespace checks {
 
@@ -18,13 +17,18 @@ auto with(F function, Arguments... arguments) {
     return [=](const std::string& text) { return function(text, arguments...); };
 }
 
-// Rows of a function, a text and the function's expected result for it.
+// A function, a text and the function's expected result for it.
 template <typename Result>
-using Row = std::tuple<std::function<Result(const std::string&)>, std::string, Result>;
+struct Row {
+    std::function<Result(const std::string&)> function;
+    std::string text;
+    Result expected;
+};
 template <typename Result>
 void expectTable(std::initializer_list<Row<Result>> rows) {
-    for (const auto& [function, text, expected] : rows) {
-        EXPECT_EQ(function(text), expected) << testing::PrintToString(text);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.text));
+        EXPECT_EQ(row.function(row.text), row.expected);
     }
 }
 

@@ -25,11 +25,15 @@ void checkSplitters(const Text& text, const Delimiter& delimiter, bool skipEmpty
 }
 
 // Every delimiter splitter, narrow and wide, by one table; one-character delimiters also through
-// the character overloads. countWords sizes the result for a string delimiter. Then the
-// fixed-length split and join.
-TEST(Split, SplitAndJoin) {
+// the character overloads. countWords sizes the result for a string delimiter.
+TEST(Split, ByDelimiter) {
     // clang-format off
-    const std::tuple<std::string, std::string, bool, Fields, size_t> cases[] = {
+    const struct {
+        std::string text, delimiter;
+        bool skipEmpty;
+        Fields fields;
+        size_t words;  // countWords
+    } cases[] = {
         {"a,b,,c", ",", false, {"a", "b", "", "c"}, 2}, {"a,b,,c", ",", true, {"a", "b", "c"}, 2},
         {"", ",", false, {}, 0}, {"", ",", true, {}, 0}, {",", ",", false, {"", ""}, 1},
         {",", ",", true, {}, 1}, {"abc", ",", false, {"abc"}, 0}, {" , ", ",", true, {" ", " "}, 1},
@@ -38,39 +42,46 @@ TEST(Split, SplitAndJoin) {
         {"::a::::b::", "::", false, {"", "a", "", "b", ""}, 3},
         {"::a::::b::", "::", true, {"a", "b"}, 3}, {"abc", "abcd", false, {"abc"}, 0}};
     // clang-format on
-    for (const auto& [text, delimiter, skipEmpty, fields, count] : cases) {
-        SCOPED_TRACE(text + " at " + delimiter + (skipEmpty ? " skipping empty" : ""));
-        checkSplitters(text, delimiter, skipEmpty, fields);
-        checkSplitters(std::string_view(text), delimiter, skipEmpty, fields);
-        checkSplitters(widen(text), widen(delimiter), skipEmpty, widen(fields));
-        EXPECT_EQ(SplitUtils::countWords(text, delimiter), count);
-        if (delimiter.size() != 1) continue;
-        checkSplitters(text, delimiter[0], skipEmpty, fields);
-        checkSplitters(std::string_view(text), delimiter[0], skipEmpty, fields);
-        checkSplitters(widen(text), wchar_t{delimiter[0]}, skipEmpty, widen(fields));
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text + " at " + c.delimiter + (c.skipEmpty ? " skipping empty" : ""));
+        checkSplitters(c.text, c.delimiter, c.skipEmpty, c.fields);
+        checkSplitters(std::string_view(c.text), c.delimiter, c.skipEmpty, c.fields);
+        checkSplitters(widen(c.text), widen(c.delimiter), c.skipEmpty, widen(c.fields));
+        EXPECT_EQ(SplitUtils::countWords(c.text, c.delimiter), c.words);
+        if (c.delimiter.size() != 1) continue;
+        checkSplitters(c.text, c.delimiter[0], c.skipEmpty, c.fields);
+        checkSplitters(std::string_view(c.text), c.delimiter[0], c.skipEmpty, c.fields);
+        checkSplitters(widen(c.text), wchar_t{c.delimiter[0]}, c.skipEmpty, widen(c.fields));
     }
-    const std::string csv = "a,b,,c,d,e,f,g,h,i,j,k", words = "x::y::z::w";
-    EXPECT_EQ(splitToViews(csv, ',', false).capacity(), 12u);
-    EXPECT_EQ(splitToViews(words, std::string("::"), false).capacity(), 4u);
-    // Delimiters in a row: reserved as countWords says (3 + 1), then grown for the 6 fields.
-    const std::string run = "a::::::::::b";
-    EXPECT_GE(splitToViews(run, std::string("::"), false).capacity(), 6u);
-    EXPECT_EQ(splitToViews(run, std::string("::"), true).capacity(), 4u);
-    // clang-format off
-    const std::tuple<std::string, int, bool, Fields> chunks[] = {
-        {"abcdefg", 3, false, {"abc", "def", "g"}}, {"abcdef", 3, false, {"abc", "def"}},
-        {"abc \t\n", 3, true, {"abc"}}, {"abc  x", 3, true, {"abc", "  x"}}, {"", 3, false, {}},
-        {"abc", 0, false, {"", "abc"}}, {"abc", 0, true, {"abc"}}, {"  ", 0, true, {}},
-        {"abc", -1, false, {"abc"}}};
-    const std::tuple<Fields, std::string, std::string> joins[] = {{{}, ",", ""}, {{"a"}, ",", "a"},
-        {{"a", "", "b"}, ",", "a,,b"}, {{"a", "b"}, "", "ab"}};
-    // clang-format on
-    for (const auto& [text, chunkSize, skipEmpty, pieces] : chunks) {
-        EXPECT_EQ(split(text, chunkSize, skipEmpty), pieces) << text << " by " << chunkSize;
+}
+
+TEST(Split, ByLengthAndJoin) {
+    const struct {
+        std::string text;
+        int chunkSize;
+        bool skipEmpty;
+        Fields pieces;
+    } chunks[] = {{"abcdefg", 3, false, {"abc", "def", "g"}},
+                  {"abcdef", 3, false, {"abc", "def"}},
+                  {"abc \t\n", 3, true, {"abc"}},
+                  {"abc  x", 3, true, {"abc", "  x"}},
+                  {"", 3, false, {}},
+                  {"abc", 0, false, {"", "abc"}},
+                  {"abc", 0, true, {"abc"}},
+                  {"  ", 0, true, {}},
+                  {"abc", -1, false, {"abc"}}};
+    for (const auto& c : chunks) {
+        EXPECT_EQ(split(c.text, c.chunkSize, c.skipEmpty), c.pieces)
+            << c.text << " by " << c.chunkSize;
     }
-    for (const auto& [items, separator, joined] : joins) {
-        EXPECT_EQ(join(items, separator), joined);
-        EXPECT_EQ(join(widen(items), widen(separator)), widen(joined));
+    const struct {
+        Fields items;
+        std::string separator, joined;
+    } joins[] = {
+        {{}, ",", ""}, {{"a"}, ",", "a"}, {{"a", "", "b"}, ",", "a,,b"}, {{"a", "b"}, "", "ab"}};
+    for (const auto& c : joins) {
+        EXPECT_EQ(join(c.items, c.separator), c.joined);
+        EXPECT_EQ(join(widen(c.items), widen(c.separator)), widen(c.joined));
     }
 }
 

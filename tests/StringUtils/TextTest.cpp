@@ -17,17 +17,22 @@ using namespace StringUtils;
 // trimEx splits off runs of " \t\n\f\r" only; the other forms trim \v too.
 TEST(Text, Trim) {
     const std::string nul("\0 a", 3), noBreak = "\xC2\xA0x\xC2\xA0";
-    // clang-format off
-    const std::tuple<std::string, TrimmedParts, std::string, std::string> cases[] = {
-        {"", {"", "", ""}, "", ""}, {" \t\n\v\f\r", {" \t\n", "\v", "\f\r"}, "", ""},
-        {"  a b\t", {"  ", "a b", "\t"}, "a b\t", "  a b"},
-        {"abc\v", {"", "abc\v", ""}, "abc\v", "abc"},
-        {noBreak, {"", noBreak, ""}, noBreak, noBreak}, {nul, {"", nul, ""}, nul, nul}};
-    // clang-format on
-    for (const auto& [text, parts, left, right] : cases) {
-        EXPECT_EQ(trimEx(text), parts) << text;
-        EXPECT_EQ(trimLeft(text) + '|' + trimRight(text) + '|' + trim(text),
-                  left + '|' + right + '|' + trimLeft(right));
+    const struct {
+        std::string text;
+        TrimmedParts parts;       // trimEx
+        std::string left, right;  // trimLeft, trimRight; trim gives both
+    } cases[] = {{"", {"", "", ""}, "", ""},
+                 {" \t\n\v\f\r", {" \t\n", "\v", "\f\r"}, "", ""},
+                 {"  a b\t", {"  ", "a b", "\t"}, "a b\t", "  a b"},
+                 {"abc\v", {"", "abc\v", ""}, "abc\v", "abc"},
+                 {noBreak, {"", noBreak, ""}, noBreak, noBreak},
+                 {nul, {"", nul, ""}, nul, nul}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.text));
+        EXPECT_EQ(trimEx(c.text), c.parts);
+        EXPECT_EQ(trimLeft(c.text), c.left);
+        EXPECT_EQ(trimRight(c.text), c.right);
+        EXPECT_EQ(trim(c.text), trimLeft(c.right));
     }
     for (int byte = 0; byte < 256; ++byte) {
         const bool space = byte == ' ' || (byte >= 9 && byte <= 13);
@@ -48,11 +53,14 @@ TEST(Text, Case) {
     constexpr wchar_t allBits = static_cast<wchar_t>(-1);
     const wchar_t lower[] = {0x141, 0x1041, L'q', allBits, 0};
     const wchar_t upper[] = {0x141, 0x1041, L'Q', allBits, 0};
-    EXPECT_EQ(toLower(std::wstring(upper)) + toUpper(std::wstring(lower)),
-              std::wstring(lower) + upper);
-    EXPECT_EQ(toUpper("hello", 0) + toUpper("hello", 4) + toUpper("hello", 5) + toUpper("", 0) +
-                  toUpper("hello", ~0UL),
-              "HellohellOhellohello");
+    EXPECT_EQ(toLower(std::wstring(upper)), lower);
+    EXPECT_EQ(toUpper(std::wstring(lower)), upper);
+    // One letter at an index; none past the end.
+    EXPECT_EQ(toUpper("hello", 0), "Hello");
+    EXPECT_EQ(toUpper("hello", 4), "hellO");
+    EXPECT_EQ(toUpper("hello", 5), "hello");
+    EXPECT_EQ(toUpper("", 0), "");
+    EXPECT_EQ(toUpper("hello", ~0UL), "hello");
     const char* const old = std::getenv("LC_ALL");
     const std::string saved = old ? old : "";
     setenv("LC_ALL", "C.UTF-8", 1);
@@ -67,29 +75,38 @@ TEST(Text, Case) {
 }
 
 TEST(Text, Search) {
-    // clang-format off
-    const std::tuple<std::string, std::string, bool, bool> affixes[] = {
-        {"", "", true, true}, {"abc", "", true, true}, {"abc", "abc", true, true},
-        {"abc", "ab", true, false}, {"abc", "bc", false, true}, {"ab", "abc", false, false},
-        {"abc", "ABC", false, false}, {"", "a", false, false}};
-    const std::tuple<std::string, std::string, bool, size_t, bool> finds[] = {
-        {"abcabc", "bc", true, 1, true}, {"abc", "", true, 0, true}, {"", "", true, 0, true},
-        {"abc", "x", false, 99, false}, {"Hello World", "WORLD", false, 99, true},
-        {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
-    // clang-format on
-    for (const auto& [text, affix, starts, ends] : affixes) {
-        EXPECT_EQ(startsWith(text, affix) + 2 * endsWith(text, affix), starts + 2 * ends) << affix;
-        EXPECT_EQ(startsWith(widen(text), widen(affix)) + 2 * endsWith(widen(text), widen(affix)),
-                  starts + 2 * ends);
+    const struct {
+        std::string text, affix;
+        bool starts, ends;
+    } affixes[] = {{"", "", true, true},         {"abc", "", true, true},
+                   {"abc", "abc", true, true},   {"abc", "ab", true, false},
+                   {"abc", "bc", false, true},   {"ab", "abc", false, false},
+                   {"abc", "ABC", false, false}, {"", "a", false, false}};
+    for (const auto& c : affixes) {
+        SCOPED_TRACE(c.text + " / " + c.affix);
+        EXPECT_EQ(startsWith(c.text, c.affix), c.starts);
+        EXPECT_EQ(endsWith(c.text, c.affix), c.ends);
+        EXPECT_EQ(startsWith(widen(c.text), widen(c.affix)), c.starts);
+        EXPECT_EQ(endsWith(widen(c.text), widen(c.affix)), c.ends);
     }
-    for (const auto& [text, sub, found, position, foundIgnoringCase] : finds) {
+    const struct {
+        std::string text, sub;
+        bool found;
+        size_t position;  // 99: left as it was
+        bool foundIgnoringCase;
+    } finds[] = {{"abcabc", "bc", true, 1, true},
+                 {"abc", "", true, 0, true},
+                 {"", "", true, 0, true},
+                 {"abc", "x", false, 99, false},
+                 {"Hello World", "WORLD", false, 99, true},
+                 {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
+    for (const auto& c : finds) {
+        SCOPED_TRACE(c.text + " / " + c.sub);
         size_t location = 99;
-        EXPECT_EQ(findSubStringLocation(text, sub, location), found) << text << " / " << sub;
-        EXPECT_EQ(location, position) << text << " / " << sub;
-        EXPECT_EQ(
-            findSubStringCaseSensitive(text, sub) + 2 * findSubStringCaseInsensitive(text, sub),
-            found + 2 * foundIgnoringCase)
-            << text << " / " << sub;
+        EXPECT_EQ(findSubStringLocation(c.text, c.sub, location), c.found);
+        EXPECT_EQ(location, c.position);
+        EXPECT_EQ(findSubStringCaseSensitive(c.text, c.sub), c.found);
+        EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.foundIgnoringCase);
     }
     EXPECT_TRUE(endsWithAny("a.com", {".org", ".com"}) &&
                 endsWithAny(L"a.com", {L".org", L".com"}));
@@ -97,11 +114,10 @@ TEST(Text, Search) {
     EXPECT_TRUE(startsWithCharacter("", '\0') && startsWithDigit("0x") && startsWithDigit("9"));
     EXPECT_FALSE(startsWithCharacter("1+", '+') || startsWithDigit("") ||
                  startsWithDigit("\xD9\xA1"));
-    EXPECT_EQ(replaceAll("a.b.c", '.', '_') + replaceLastOccurrence("a.b.c", '.', '_'),
-              "a_b_ca.b_c");
-    EXPECT_EQ(replaceAll("abc", '.', '_') + replaceAll("a.b", '.', '.') +
-                  replaceLastOccurrence("...", '.', '\0'),
-              std::string("abca.b..\0", 9));
+    EXPECT_EQ(replaceAll("a.b.c", '.', '_'), "a_b_c");
+    EXPECT_EQ(replaceAll("abc", '.', '_'), "abc");
+    EXPECT_EQ(replaceLastOccurrence("a.b.c", '.', '_'), "a.b_c");
+    EXPECT_EQ(replaceLastOccurrence("...", '.', '\0'), std::string("..\0", 3));
 }
 
 // The case-blind search in long texts: a match anywhere in a sixteen-byte block or in the
@@ -136,7 +152,8 @@ TEST(Text, EraseSubString) {
     std::string runs = std::string(500, 'a') + std::string(500, 'b') + "!", text = "abc";
     eraseSubString(runs, "ab");
     eraseSubString(text, "");
-    EXPECT_EQ(runs + text, "!abc");
+    EXPECT_EQ(runs, "!");
+    EXPECT_EQ(text, "abc");
 }
 
 TEST(Text, Substr) {
