@@ -108,8 +108,14 @@ bool signalAfterUnloadingFindsTheHandler() {
     if (library == nullptr) return false;
     const auto getThreadId =
         reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
-    const auto executeOnThread = reinterpret_cast<ExecuteOnThread>(
-        dlsym(library, "_ZN6Strand15executeOnThreadERKSt5tupleIJmijEERKSt8functionIFvvEE"));
+    // Its name as libstdc++ and as libc++ mangle it.
+    void* symbol =
+        dlsym(library, "_ZN6Strand15executeOnThreadERKSt5tupleIJmijEERKSt8functionIFvvEE");
+    if (symbol == nullptr) {
+        symbol = dlsym(library,
+                       "_ZN6Strand15executeOnThreadERKNSt3__15tupleIJmijEEERKNS0_8functionIFvvEEE");
+    }
+    const auto executeOnThread = reinterpret_cast<ExecuteOnThread>(symbol);
     if (getThreadId == nullptr || executeOnThread == nullptr) return false;
     std::atomic<bool> ran{false};
     std::thread([&] { executeOnThread(getThreadId(), [&] { ran = true; }); }).join();
