@@ -2,9 +2,6 @@
 // back into the library when destroyed, cancelled targets, ids that name the
 // caller, fork during a call, and exit with calls in flight. Each case runs in a
 // forked child with a time limit, so a hang or an abort fails the case.
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include "Strand/ExecuteOnThread.h"
 #include "Strand/StackTrace.h"
 #include "TestSupport.h"
@@ -12,20 +9,6 @@
 namespace {
 
 using Strand::executeOnThread;
-
-// Runs body in a forked child that is killed after limitSeconds; returns the
-// child's exit code, or 128 + the signal that ended it.
-int runInChild(const std::function<int()>& body, unsigned limitSeconds = 10) {
-    std::cout.flush();
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(limitSeconds);
-        _exit(body());
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 // A capture that makes a cross-thread call whenever a copy of it is destroyed.
 struct CallsWhenDestroyed {
@@ -38,15 +21,15 @@ struct CallsWhenDestroyed {
 };
 
 TEST(CrossThreadFault, CapturesThatCallBackWhenDestroyedNeverHang) {
-    EXPECT_EQ(runInChild([] {
+    EXPECT_EQ(inChildProcess(10, [] {
                   const ParkedThread target, other;
                   for (int i = 0; i < 3000; ++i) {
                       const CallsWhenDestroyed capture(other.id());
                       executeOnThread(target.id(), [capture] {});
                   }
-                  return 0;
+                  return true;
               }),
-              0);
+              "ok");
 }
 
 // A thread that waits in cancellation points outside any library call.
@@ -67,7 +50,7 @@ TEST(CrossThreadFault, CancellingTheTargetDuringTheFunctionEndsItCleanly) {
     if (!kCancellationUnwinds) {
         GTEST_SKIP() << "a cancelled thread cannot unwind C++ frames with this runtime";
     }
-    EXPECT_EQ(runInChild([] {
+    EXPECT_EQ(inChildProcess(10, [] {
                   Announced announced;
                   pthread_t target{};
                   pthread_create(&target, nullptr, &waitInCancellationPoints, &announced);
@@ -86,13 +69,13 @@ TEST(CrossThreadFault, CancellingTheTargetDuringTheFunctionEndsItCleanly) {
                   caller.join();
                   pthread_join(target, nullptr);  // it can only end by the cancellation
                   const ParkedThread next;        // the library is not left locked
-                  return Strand::getStackTrace({}, next.id()).empty() ? 1 : 0;
+                  return !Strand::getStackTrace({}, next.id()).empty();
               }),
-              0);
+              "ok");
 }
 
 TEST(CrossThreadFault, AnIdNamingTheCallerByNumberRunsHere) {
-    EXPECT_EQ(runInChild([] {
+    EXPECT_EQ(inChildProcess(10, [] {
                   const ParkedThread other;
                   const Strand::ThreadId byNumber{pthread_t{}, Strand::gettid(), 0};
                   Strand::ThreadId ranOn{};
@@ -102,23 +85,15 @@ TEST(CrossThreadFault, AnIdNamingTheCallerByNumberRunsHere) {
                       executeOnThread(other.id(), [&] { nestedRan = true; });
                   });
                   const bool traced = !Strand::getStackTrace({}, byNumber).empty();
-                  return ranOn == Strand::getThreadId() && nestedRan && traced ? 0 : 1;
+                  return ranOn == Strand::getThreadId() && nestedRan && traced;
               }),
-              0);
+              "ok");
 }
 
-#if defined(__SANITIZE_THREAD__)
-constexpr bool kThreadSanitizer = true;
-#elif defined(__has_feature)
-constexpr bool kThreadSanitizer = __has_feature(thread_sanitizer);
-#else
-constexpr bool kThreadSanitizer = false;
-#endif
-
 TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
-    if (kThreadSanitizer) {
-        GTEST_SKIP() << "ThreadSanitizer cannot start threads after a multi-threaded fork";
-    }
+#ifdef STRAND_TEST_UNDER_TSAN
+    GTEST_SKIP() << "ThreadSanitizer cannot start threads after a multi-threaded fork";
+#endif
     const ParkedThread target;
     std::latch inFunction(1);
     std::atomic<bool> release{false};
@@ -129,25 +104,25 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
         });
     });
     inFunction.wait();
-    const int childResult = runInChild([] {
+    const std::string childResult = inChildProcess(10, [] {
         const ParkedThread fresh;
         Strand::setThreadName("fresh in child");
         const std::vector<Strand::ThreadId> listed = Strand::getThreadIds();
         const bool ok = !Strand::getStackTrace({}, fresh.id()).empty() &&
                         Strand::getThreadName() == "fresh in child" &&
                         std::find(listed.begin(), listed.end(), fresh.id()) != listed.end();
-        return ok ? 0 : 1;
+        return ok;
     });
     release = true;
     caller.join();
-    EXPECT_EQ(childResult, 0);
+    EXPECT_EQ(childResult, "ok");
 }
 
 // Under AddressSanitizer, freed process-wide state shows up as an error exit;
 // several rounds, as the race with the static destructors is not won every time.
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
-        EXPECT_EQ(runInChild([] {
+        EXPECT_EQ(inChildProcess(10, [] {
                       static auto* const target = new ParkedThread;  // still called at exit
                       std::latch calling(4);
                       for (int i = 0; i < 4; ++i) {
@@ -159,9 +134,9 @@ TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
                       }
                       calling.wait();
                       std::exit(0);  // runs static destructors while the calls go on
-                      return 0;
+                      return true;
                   }),
-                  0)
+                  "ok")
             << "round " << round;
     }
 }

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <functional>
+#include <iostream>
 #include <future>
 #include <latch>
 #include <map>
@@ -128,6 +129,7 @@ void onThreadsAtOnce(int count, Fn body) {
 // Returns "ok", or what went wrong.
 template <typename Fn>
 std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
+    std::cout.flush();  // not written twice
     const pid_t child = fork();
     if (child == 0) {
         alarm(seconds);
