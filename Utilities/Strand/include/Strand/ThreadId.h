@@ -31,8 +31,10 @@ namespace Strand {
 // A thread's triple: (POSIX handle, numeric thread id, kernel handle).
 using ThreadId = std::tuple<pthread_t, int, unsigned int>;
 
-// The calling thread's triple. Cached per thread after the first call (and
-// recomputed in a child after fork()), so it is cheap enough for logging.
+// The calling thread's triple; never fails, and async-signal-safe. Cheap
+// enough for logging: on Linux it is cached per thread after the first call
+// (and recomputed in a child after fork()); on macOS it is read from the
+// calling thread's own structure every time.
 STRAND_EXPORT ThreadId getThreadId();
 
 // Every thread of this process, in the kernel's order; empty on refusal.
