@@ -268,6 +268,8 @@ ThreadRecord* claim(int tid, pthread_t handle) noexcept {
     return record;
 }
 
+}  // namespace
+
 ThreadId registerCurrentThread() {
     // Marked first: a signal handler that interrupts anything below must not
     // start a second registration. It gets the triple and no record.
@@ -277,6 +279,12 @@ ThreadId registerCurrentThread() {
     }
     tCurrent.registering = true;
     std::atomic_signal_fence(std::memory_order_seq_cst);
+    // Then looked at again: a handler that ran after the caller saw no record
+    // and before the mark registered the thread completely.
+    if (tCurrent.valid) {
+        tCurrent.registering = false;
+        return tCurrent.id;
+    }
     // Claiming is not interrupted by cancellation, which would leave a record
     // half-written; a pending asynchronous cancel acts once it is complete.
     int cancelState = PTHREAD_CANCEL_ENABLE;
@@ -292,6 +300,8 @@ ThreadId registerCurrentThread() {
     pthread_setcancelstate(cancelState, nullptr);
     return id;
 }
+
+namespace {
 
 // In a fork child the forking thread is the only thread: every record is free
 // again (its owners do not exist here, and a sweep or a claim in progress in

@@ -35,6 +35,12 @@ struct ThreadRecord;
 // allocation. A signal handler that asks during the thread's registration gets
 // the triple and leaves the registering to the interrupted call.
 
+// Registers the calling thread unless it is registered already (a signal
+// handler may have done it since the caller looked) and returns its triple;
+// the triple without a record if the registry has no memory for one.
+// Async-signal-safe like getThreadId.
+ThreadId registerCurrentThread();
+
 // The calling thread's record; null while it cannot be registered (no memory
 // for a new block, or asked from a signal handler that interrupted the
 // registration). Async-signal-safe like getThreadId. Not noexcept: a

@@ -180,6 +180,23 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     }), "ok");
 }
 
+// The window the test above samples, made certain: a handler registered the
+// thread after its first call saw no record and before that call went on to
+// register it.
+TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
+    const bool kept = onNewThread([] {
+        struct sigaction action {}, previous {};
+        action.sa_handler = [](int) { Strand::getThreadId(); };
+        sigaction(SIGUSR2, &action, &previous);
+        raise(SIGUSR2);
+        sigaction(SIGUSR2, &previous, nullptr);
+        Strand::linux_layer::ThreadRecord* const handlers = Strand::linux_layer::currentRecord();
+        Strand::linux_layer::registerCurrentThread();  // the interrupted first call goes on
+        return handlers != nullptr && Strand::linux_layer::currentRecord() == handlers;
+    });
+    EXPECT_TRUE(kept);
+}
+
 // Records are reclaimed however threads end, also when the kernel never marks
 // their robust mutexes: memory follows the peak of live threads.
 TEST(ThreadLinux, RecordsOfEndedThreadsAreReclaimedWithoutRobustLists) {
