@@ -1,7 +1,8 @@
 // Benchmarks come in pairs named "<case>/ours" and "<case>/peer" (or
 // "<case>/baseline"). This console reporter prints the usual lines and, at the
 // end, one line per case with our time divided by the peer's (below 1: ours is
-// faster) and our throughput where the case counts bytes.
+// faster) and our throughput where the case counts bytes; with
+// --benchmark_repetitions, of the medians.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -15,10 +16,13 @@ public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            if (run.error_occurred || run.run_type != Run::RT_Iteration) {
+            // With repetitions, the median stands for the case (it comes after
+            // the repetitions and replaces them).
+            const bool median = run.run_type == Run::RT_Aggregate && run.aggregate_name == "median";
+            if (run.error_occurred || (run.run_type != Run::RT_Iteration && !median)) {
                 continue;
             }
-            std::string name = run.benchmark_name();
+            std::string name = run.run_name.str();
             // A fixed iteration count shows as a last "/iterations:N" part.
             if (const size_t fixed = name.rfind("/iterations:"); fixed != std::string::npos) {
                 name.erase(fixed);

@@ -33,6 +33,9 @@ TEST(Text, Trim) {
         EXPECT_EQ(trimLeft(c.text), c.left);
         EXPECT_EQ(trimRight(c.text), c.right);
         EXPECT_EQ(trim(c.text), trimLeft(c.right));
+        EXPECT_EQ(trimLeft(std::string(c.text)), c.left);  // the overloads that reuse storage
+        EXPECT_EQ(trimRight(std::string(c.text)), c.right);
+        EXPECT_EQ(trim(std::string(c.text)), trimLeft(c.right));
     }
     for (int byte = 0; byte < 256; ++byte) {
         const bool space = byte == ' ' || (byte >= 9 && byte <= 13);
