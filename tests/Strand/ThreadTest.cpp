@@ -110,7 +110,6 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
         {"empty", "", ""},
         {"63 bytes", std::string(63, 'a'), std::string(63, 'a')},
         {"64 bytes", std::string(64, 'b'), std::string(63, 'b')},
-        {"200 bytes", std::string(200, 'c'), std::string(63, 'c')},
         {"cut inside a character", std::string(62, 'd') + "\xC3\xA9" + std::string(6, 'e'),
          std::string(62, 'd') + "\xC3"},
         {"a NUL inside", std::string("ab\0cd", 5), "ab"}};
@@ -128,12 +127,7 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
 TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
     const auto previous =
         Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
-    std::string logged, loggedAt, asserted, assertedAt;
-    quill::overrideable::g_quillAssertErrorLogFunc = [&](const auto& text, int line,
-                                                         const auto& file, const auto& fn) {
-        logged = text;
-        loggedAt = file + ":" + fn + (line > 0 ? "" : ":no line");
-    };
+    std::string asserted, assertedAt;
     quill::overrideable::g_quillAssertFunc = [&](const auto& file, int, const auto& fn,
                                                  const auto& cond, const auto& message) {
         asserted = cond + ": " + message;
@@ -146,14 +140,11 @@ TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
         return std::make_pair(before, Strand::getThreadName());
     });
     EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
-    EXPECT_EQ(logged, "Assertion failed: rc == 0 with message: " + message);
-    EXPECT_EQ(loggedAt, "ThreadName.cpp:setThreadName");
     EXPECT_EQ(asserted, "rc == 0: " + message);
     EXPECT_EQ(assertedAt, "ThreadName.cpp:setThreadName");
     quill::overrideable::g_quillAssertFunc = [](auto&&...) { throw std::runtime_error("hook"); };
     EXPECT_THROW(onNewThread([] { Strand::setThreadName("x"); }), std::runtime_error);
     Strand::platform::exchangeNameSetterForTesting(previous);
-    quill::overrideable::g_quillAssertErrorLogFunc = nullptr;
     quill::overrideable::g_quillAssertFunc = nullptr;
 }
 
