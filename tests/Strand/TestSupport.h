@@ -109,19 +109,6 @@ auto onNewThread(Fn fn) {
     return result.get();
 }
 
-// Runs body(0) .. body(count - 1) on threads released together, and joins them.
-template <typename Fn>
-void onThreadsAtOnce(int count, Fn body) {
-    std::latch start(count);
-    std::vector<JoiningThread> threads;
-    for (int t = 0; t < count; ++t) {
-        threads.emplace_back([&, t] {
-            start.arrive_and_wait();
-            body(t);
-        });
-    }
-}
-
 // Runs check in a child process that gets at most seconds to finish (then
 // SIGALRM ends it), so a hang or a crash fails the calling test instead of the
 // run. exitAfter chooses how the child ends: _exit (false), or exit (true),
