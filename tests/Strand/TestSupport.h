@@ -14,6 +14,7 @@
 #include <future>
 #include <latch>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -23,6 +24,7 @@
 #include <tuple>
 #include <vector>
 
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -108,6 +110,42 @@ auto onNewThread(Fn fn) {
     std::thread(std::move(task)).join();
     return result.get();
 }
+
+// count threads alive at once on 256 KB stacks. Each runs body(index), keeps
+// what it returns, records its identity in ids[index] and waits; the
+// constructor returns once all have, the destructor releases and joins them.
+class LiveThreads {
+public:
+    LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)
+        : ids(count), body_(std::move(body)), registered_(count), threads_(count) {
+        pthread_attr_t small;
+        pthread_attr_init(&small);
+        pthread_attr_setstacksize(&small, 256 * 1024);
+        for (auto& thread : threads_) pthread_create(&thread, &small, &LiveThreads::main, this);
+        pthread_attr_destroy(&small);
+        registered_.wait();
+    }
+    ~LiveThreads() {
+        release_.count_down();
+        for (const auto thread : threads_) pthread_join(thread, nullptr);
+    }
+    std::vector<Strand::ThreadId> ids;
+
+private:
+    static void* main(void* self) {
+        auto& state = *static_cast<LiveThreads*>(self);
+        const int index = state.next_.fetch_add(1);
+        const auto kept = state.body_(index);
+        state.ids[index] = Strand::getThreadId();
+        state.registered_.count_down();
+        state.release_.wait();
+        return nullptr;
+    }
+    std::function<std::shared_ptr<void>(int)> body_;
+    std::atomic<int> next_{0};
+    std::latch registered_, release_{1};
+    std::vector<pthread_t> threads_;
+};
 
 // Runs check in a child process that gets at most seconds to finish (then
 // SIGALRM ends it), so a hang or a crash fails the calling test instead of the

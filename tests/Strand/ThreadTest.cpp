@@ -41,37 +41,16 @@ TEST(ThreadId, ThousandsOfLiveThreadsKeepHandlesAndNames) {
     GTEST_SKIP() << "ThreadSanitizer makes each thread creation cost as much as all live threads";
 #endif
     constexpr int kThreads = 2100;
-    struct Shared {
-        std::latch registered{kThreads};
-        std::latch release{1};
-        std::vector<Strand::ThreadId> ids = std::vector<Strand::ThreadId>(kThreads);
-        std::atomic<int> next{0};
-    } shared;
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 256 * 1024);
-    std::vector<pthread_t> threads(kThreads);
-    for (auto& thread : threads) {
-        ASSERT_EQ(pthread_create(&thread, &small, [](void* arg) -> void* {
-            auto& state = *static_cast<Shared*>(arg);
-            const int index = state.next.fetch_add(1);
-            if (index == kThreads - 1) Strand::setThreadName("the last of many threads, named");
-            state.ids[index] = Strand::getThreadId();
-            state.registered.count_down();
-            state.release.wait();
-            return nullptr;
-        }, &shared), 0);
-    }
-    pthread_attr_destroy(&small);
-    shared.registered.wait();
+    const LiveThreads threads(kThreads, [](int index) -> std::shared_ptr<void> {
+        if (index == kThreads - 1) Strand::setThreadName("the last of many threads, named");
+        return nullptr;
+    });
     const auto listed = Strand::getThreadIds();
     const std::set<Strand::ThreadId> all(listed.begin(), listed.end());
-    const auto missing = std::count_if(shared.ids.begin(), shared.ids.end(),
+    const auto missing = std::count_if(threads.ids.begin(), threads.ids.end(),
                                        [&](const auto& id) { return all.count(id) == 0; });
     EXPECT_EQ(missing, 0) << "threads listed without their handle";
-    EXPECT_EQ(Strand::getThreadName(shared.ids.back()), "the last of many threads, named");
-    shared.release.count_down();
-    for (const auto thread : threads) pthread_join(thread, nullptr);
+    EXPECT_EQ(Strand::getThreadName(threads.ids.back()), "the last of many threads, named");
 }
 
 Strand::ThreadId gIdentityInHandler;
