@@ -4,7 +4,7 @@
 // the re-encoding would throw. The bytes are read once as UTF-8 and once as
 // UTF-16 code units (pairs); the identity conversions must copy them unchanged.
 #include "FuzzCheck.h"
-#include "Reference.h"
+#include "WellFormed.h"
 #include "StringUtils/Encoding.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 // follow the non-C locale's tolower / toupper.
 #include "FuzzCheck.h"
 #include "Reference.h"
+#include "WellFormed.h"
 #include "StringUtils/Case.h"
 #include "StringUtils/Encoding.h"
 #include "StringUtils/Extract.h"

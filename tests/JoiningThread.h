@@ -2,8 +2,10 @@
 // which not every standard library offers yet (libc++ keeps it experimental).
 #pragma once
 
+#include <latch>
 #include <thread>
 #include <utility>
+#include <vector>
 
 class JoiningThread : public std::thread {
 public:
@@ -18,3 +20,16 @@ public:
         if (joinable()) join();
     }
 };
+
+// Runs body(0) .. body(count - 1) on threads released together, and joins them.
+template <typename Fn>
+void onThreadsAtOnce(int count, Fn body) {
+    std::latch start(count);
+    std::vector<JoiningThread> threads;
+    for (int t = 0; t < count; ++t) {
+        threads.emplace_back([&, t] {
+            start.arrive_and_wait();
+            body(t);
+        });
+    }
+}

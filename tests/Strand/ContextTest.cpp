@@ -181,40 +181,34 @@ TEST(SourceLocation, CurrentCapturesTheThreadsContextAllocatingOnlyForAHint) {
 
 // Work handed between threads through locations: the traced road end to end.
 TEST(ContextHandover, WorkersSeeTheHandedOverContextAndGetTheirOwnBack) {
-    // For each of 3 inputs, 30 tasks: (location, its hint id, the store's owner).
-    std::vector<std::tuple<location, std::string, std::shared_ptr<context_store>>> tasks(90);
-    onThreadsAtOnce(3, [&tasks](int input) {
-        const auto scope = hint::createExternalInputHint("click" + std::to_string(input));
-        const auto store = context_store::getOrCreateStore();
-        store->addHeader("input");
-        for (std::size_t t = 0; t < 30; ++t) {
-            tasks[static_cast<std::size_t>(input) * 30 + t] = {
-                location::current(__FILE__, __LINE__, __func__), hint::getExternalInputHintId(),
-                store};
-        }
+    std::shared_ptr<context_store> store;
+    std::string inputId;
+    std::vector<location> tasks;
+    onNewThread([&] {  // the thread that took the input
+        const auto scope = hint::createExternalInputHint("click");
+        store = context_store::getOrCreateStore();
+        inputId = hint::getExternalInputHintId();
+        tasks.assign(60, location::current(__FILE__, __LINE__, __func__));
     });
     std::atomic<std::size_t> next{0};
-    onThreadsAtOnce(3, [&tasks, &next](int worker) {
+    onThreadsAtOnce(3, [&](int worker) {
         const std::string ownId = "hint90000" + std::to_string(worker);
         const quill::external_input::scoped_hint own(ownId, "worker");
         for (std::size_t i = next++; i < tasks.size(); i = next++) {
-            const auto& [handedOver, id, owner] = tasks[i];
             {
-                const Strand::ScopedThreadName scope("worker", handedOver);
-                EXPECT_EQ(hint::getExternalInputHintId(), id);
-                const auto store = context_store::getStore().lock();
-                ASSERT_EQ(store, owner);
-                store->addEntry(location::current(__FILE__, __LINE__, __func__).to_string());
+                const Strand::ScopedThreadName scope("worker", tasks[i]);
+                EXPECT_EQ(hint::getExternalInputHintId(), inputId);
+                const auto shared = context_store::getStore().lock();
+                ASSERT_EQ(shared, store);
+                shared->addEntry(location::current(__FILE__, __LINE__, __func__).to_string());
             }
             EXPECT_EQ(hint::getExternalInputHintId(), ownId);
         }
     });
-    for (std::size_t input = 0; input < 3; ++input) {
-        const auto entries = std::get<2>(tasks[input * 30])->getEntries();
-        ASSERT_EQ(entries.size(), 31u);
-        const std::string hintText = " externalInputHint=click" + std::to_string(input) + " hint";
-        EXPECT_NE(std::get<2>(entries.back()).find(hintText), std::string::npos);
-    }
+    const auto entries = store->getEntries();
+    ASSERT_EQ(entries.size(), 60u);
+    EXPECT_NE(std::get<2>(entries.back()).find(" externalInputHint=click " + inputId),
+              std::string::npos);
 }
 
 }  // namespace

@@ -77,15 +77,6 @@ TEST(ExecuteOnThread, SlowFunctionOutlivesTheWaitAndCompletes) {
     EXPECT_EQ(ranOn(target.id()), target.id());
 }
 
-TEST(ExecuteOnThread, StraySignalsHaveNoEffect) {
-    ParkedThread target;
-    executeOnThread(Strand::getThreadId(), [] {});  // installs the handler
-    EXPECT_EQ(Strand::platform::sendCrossThreadSignal(target.id()), 0);
-    EXPECT_EQ(pthread_kill(pthread_self(), SIGUSR1), 0);
-    target.run([] {});  // the target has been back in user space: its handler has run
-    EXPECT_EQ(ranOn(target.id()), target.id());
-}
-
 TEST(ExecuteOnThread, ConcurrentCallersAreServedOneAfterTheOther) {
     const ParkedThread targets[2];
     std::atomic<int> inFlight{0}, overlaps{0}, misplaced{0}, runs{0};

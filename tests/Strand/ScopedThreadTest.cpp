@@ -77,9 +77,9 @@ TEST(ScopedThreadNotifications, RegistrationRules) {
     }
 }
 
-TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
+TEST(ScopedThreadNotifications, ListenersMayUseTheRegistry) {
     std::string log;
-    LocalRegistry registry, second;
+    LocalRegistry registry;
     const auto late = recorder(log, "late");
     std::shared_ptr<Listener> self = std::make_shared<Listener>([&] {
         registry.unRegisterCallback(self);  // no lock is held here
@@ -90,12 +90,7 @@ TEST(ScopedThreadNotifications, ListenersMayUseTheRegistryAndThrow) {
     registry.fireOnStarted();
     EXPECT_EQ(std::exchange(log, {}), "late- ") << "changes count from the next round on";
     registry.fireOnStarted();
-    EXPECT_EQ(std::exchange(log, {}), "late+ ") << "the listener left after one round";
-    const auto thrower = std::make_shared<Listener>([] { throw std::runtime_error(""); });
-    second.registerCallback(thrower);
-    second.registerCallback(late);
-    EXPECT_THROW(second.fireOnStarted(), std::runtime_error);
-    EXPECT_EQ(log, "") << "a throwing listener ends the round";
+    EXPECT_EQ(log, "late+ ") << "the listener left after one round";
 }
 
 TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {

@@ -23,51 +23,23 @@ long residentKilobytes() {
     return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-struct Wave {
-    static constexpr int kThreads = 2300;
-    int round = 0;
-    std::latch named{kThreads};
-    std::latch release{1};
-    std::vector<Strand::ThreadId> ids = std::vector<Strand::ThreadId>(kThreads);
-    std::atomic<int> next{0};
-    std::atomic<int> wrongNames{0};
-};
-
 std::string waveName(int round, int index) {
     return "soak wave " + std::to_string(round) + ", thread " + std::to_string(index);
 }
 
-// kThreads live threads, each named and inside a scope; checked from here
-// (listing and names), then released and joined.
+// 2300 live threads, each named and inside a scope; checked from here (listing
+// and names), then released and joined.
 int runWave(int round) {
-    Wave wave;
-    wave.round = round;
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 256 * 1024);
-    std::vector<pthread_t> threads(Wave::kThreads);
-    for (auto& thread : threads) {
-        pthread_create(&thread, &small, [](void* arg) -> void* {
-            auto& state = *static_cast<Wave*>(arg);
-            const int index = state.next.fetch_add(1);
-            const Strand::ScopedThreadName scope(waveName(state.round, index), true);
-            state.ids[index] = Strand::getThreadId();
-            state.named.count_down();
-            state.release.wait();
-            return nullptr;
-        }, &wave);
-    }
-    pthread_attr_destroy(&small);
-    wave.named.wait();
+    const LiveThreads wave(2300, [round](int index) {
+        return std::make_shared<Strand::ScopedThreadName>(waveName(round, index), true);
+    });
     const auto listed = Strand::getThreadIds();
     const std::set<Strand::ThreadId> all(listed.begin(), listed.end());
     int faults = 0;
-    for (int i = 0; i < Wave::kThreads; i += 7) {
+    for (std::size_t i = 0; i < wave.ids.size(); i += 7) {
         faults += all.count(wave.ids[i]) == 0;
-        faults += Strand::getThreadName(wave.ids[i]) != waveName(round, i);
+        faults += Strand::getThreadName(wave.ids[i]) != waveName(round, static_cast<int>(i));
     }
-    wave.release.count_down();
-    for (const auto thread : threads) pthread_join(thread, nullptr);
     return faults;
 }
 

@@ -14,6 +14,7 @@
 #include <future>
 #include <latch>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -23,6 +24,7 @@
 #include <tuple>
 #include <vector>
 
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -109,18 +111,41 @@ auto onNewThread(Fn fn) {
     return result.get();
 }
 
-// Runs body(0) .. body(count - 1) on threads released together, and joins them.
-template <typename Fn>
-void onThreadsAtOnce(int count, Fn body) {
-    std::latch start(count);
-    std::vector<JoiningThread> threads;
-    for (int t = 0; t < count; ++t) {
-        threads.emplace_back([&, t] {
-            start.arrive_and_wait();
-            body(t);
-        });
+// count threads alive at once on 256 KB stacks. Each runs body(index), keeps
+// what it returns, records its identity in ids[index] and waits; the
+// constructor returns once all have, the destructor releases and joins them.
+class LiveThreads {
+public:
+    LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)
+        : ids(count), body_(std::move(body)), registered_(count), threads_(count) {
+        pthread_attr_t small;
+        pthread_attr_init(&small);
+        pthread_attr_setstacksize(&small, 256 * 1024);
+        for (auto& thread : threads_) pthread_create(&thread, &small, &LiveThreads::main, this);
+        pthread_attr_destroy(&small);
+        registered_.wait();
     }
-}
+    ~LiveThreads() {
+        release_.count_down();
+        for (const auto thread : threads_) pthread_join(thread, nullptr);
+    }
+    std::vector<Strand::ThreadId> ids;
+
+private:
+    static void* main(void* self) {
+        auto& state = *static_cast<LiveThreads*>(self);
+        const int index = state.next_.fetch_add(1);
+        const auto kept = state.body_(index);
+        state.ids[index] = Strand::getThreadId();
+        state.registered_.count_down();
+        state.release_.wait();
+        return nullptr;
+    }
+    std::function<std::shared_ptr<void>(int)> body_;
+    std::atomic<int> next_{0};
+    std::latch registered_, release_{1};
+    std::vector<pthread_t> threads_;
+};
 
 // Runs check in a child process that gets at most seconds to finish (then
 // SIGALRM ends it), so a hang or a crash fails the calling test instead of the

@@ -41,37 +41,16 @@ TEST(ThreadId, ThousandsOfLiveThreadsKeepHandlesAndNames) {
     GTEST_SKIP() << "ThreadSanitizer makes each thread creation cost as much as all live threads";
 #endif
     constexpr int kThreads = 2100;
-    struct Shared {
-        std::latch registered{kThreads};
-        std::latch release{1};
-        std::vector<Strand::ThreadId> ids = std::vector<Strand::ThreadId>(kThreads);
-        std::atomic<int> next{0};
-    } shared;
-    pthread_attr_t small;
-    pthread_attr_init(&small);
-    pthread_attr_setstacksize(&small, 256 * 1024);
-    std::vector<pthread_t> threads(kThreads);
-    for (auto& thread : threads) {
-        ASSERT_EQ(pthread_create(&thread, &small, [](void* arg) -> void* {
-            auto& state = *static_cast<Shared*>(arg);
-            const int index = state.next.fetch_add(1);
-            if (index == kThreads - 1) Strand::setThreadName("the last of many threads, named");
-            state.ids[index] = Strand::getThreadId();
-            state.registered.count_down();
-            state.release.wait();
-            return nullptr;
-        }, &shared), 0);
-    }
-    pthread_attr_destroy(&small);
-    shared.registered.wait();
+    const LiveThreads threads(kThreads, [](int index) -> std::shared_ptr<void> {
+        if (index == kThreads - 1) Strand::setThreadName("the last of many threads, named");
+        return nullptr;
+    });
     const auto listed = Strand::getThreadIds();
     const std::set<Strand::ThreadId> all(listed.begin(), listed.end());
-    const auto missing = std::count_if(shared.ids.begin(), shared.ids.end(),
+    const auto missing = std::count_if(threads.ids.begin(), threads.ids.end(),
                                        [&](const auto& id) { return all.count(id) == 0; });
     EXPECT_EQ(missing, 0) << "threads listed without their handle";
-    EXPECT_EQ(Strand::getThreadName(shared.ids.back()), "the last of many threads, named");
-    shared.release.count_down();
-    for (const auto thread : threads) pthread_join(thread, nullptr);
+    EXPECT_EQ(Strand::getThreadName(threads.ids.back()), "the last of many threads, named");
 }
 
 Strand::ThreadId gIdentityInHandler;
@@ -110,7 +89,6 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
         {"empty", "", ""},
         {"63 bytes", std::string(63, 'a'), std::string(63, 'a')},
         {"64 bytes", std::string(64, 'b'), std::string(63, 'b')},
-        {"200 bytes", std::string(200, 'c'), std::string(63, 'c')},
         {"cut inside a character", std::string(62, 'd') + "\xC3\xA9" + std::string(6, 'e'),
          std::string(62, 'd') + "\xC3"},
         {"a NUL inside", std::string("ab\0cd", 5), "ab"}};
@@ -128,12 +106,7 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
 TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
     const auto previous =
         Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
-    std::string logged, loggedAt, asserted, assertedAt;
-    quill::overrideable::g_quillAssertErrorLogFunc = [&](const auto& text, int line,
-                                                         const auto& file, const auto& fn) {
-        logged = text;
-        loggedAt = file + ":" + fn + (line > 0 ? "" : ":no line");
-    };
+    std::string asserted, assertedAt;
     quill::overrideable::g_quillAssertFunc = [&](const auto& file, int, const auto& fn,
                                                  const auto& cond, const auto& message) {
         asserted = cond + ": " + message;
@@ -146,14 +119,11 @@ TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
         return std::make_pair(before, Strand::getThreadName());
     });
     EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
-    EXPECT_EQ(logged, "Assertion failed: rc == 0 with message: " + message);
-    EXPECT_EQ(loggedAt, "ThreadName.cpp:setThreadName");
     EXPECT_EQ(asserted, "rc == 0: " + message);
     EXPECT_EQ(assertedAt, "ThreadName.cpp:setThreadName");
     quill::overrideable::g_quillAssertFunc = [](auto&&...) { throw std::runtime_error("hook"); };
     EXPECT_THROW(onNewThread([] { Strand::setThreadName("x"); }), std::runtime_error);
     Strand::platform::exchangeNameSetterForTesting(previous);
-    quill::overrideable::g_quillAssertErrorLogFunc = nullptr;
     quill::overrideable::g_quillAssertFunc = nullptr;
 }
 

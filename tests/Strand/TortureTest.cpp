@@ -1,8 +1,6 @@
-// Takes stack traces for a while of threads that are busy allocating, locking,
-// waiting, sleeping, ending, being cancelled (inside a call, in a blocking call
-// amid stray signals, inside a scope listener) and being replaced, amid stray
-// signals. Run as its own ctest test; its length in seconds comes from
-// STRAND_TORTURE_SECONDS.
+// Stack traces, for STRAND_TORTURE_SECONDS, of threads that allocate, lock, wait,
+// sleep, end, are cancelled (inside a call, amid stray signals, inside a scope
+// listener) and are replaced, amid stray signals. Run as its own ctest test.
 #include <cstdlib>
 #include <deque>
 #include <iostream>
@@ -33,6 +31,13 @@ struct Shared {
     auto locked(Fn fn) {
         const std::lock_guard<std::mutex> lock(mutex);
         return fn();
+    }
+    void retire(const Strand::ThreadId& id) {
+        locked([&] {
+            std::erase(live, id);
+            ended.push_back(id);
+            if (ended.size() > 16) ended.pop_front();
+        });
     }
 };
 
@@ -70,11 +75,7 @@ void runWorkerSlot(Shared& s, unsigned slot) {
                                 : tortureHeldAtGate(s);
                 }
             }
-            s.locked([&] {
-                std::erase(s.live, self);
-                s.ended.push_back(self);
-                if (s.ended.size() > 16) s.ended.pop_front();
-            });
+            s.retire(self);
         }).join();
     }
 }
@@ -88,37 +89,36 @@ struct TracesWhenDestroyed {
     ~TracesWhenDestroyed() { (void)Strand::getStackTrace({}, thread); }
 };
 
+// A thread to cancel, listed once it is known.
 struct Victim {
     Shared* s;
     Strand::ThreadId id{};
     std::latch known{1};
+    void list() {
+        id = Strand::getThreadId();
+        s->locked([&] { s->live.push_back(id); });
+        known.count_down();
+    }
 };
-
-void listVictim(Victim& self) {
-    self.id = Strand::getThreadId();
-    self.s->locked([&] { self.s->live.push_back(self.id); });
-    self.known.count_down();
-}
 
 // Waits in cancellation points, listed, until cancelled. Keeps no local whose
 // address escapes: AddressSanitizer does not clear the guard zones of frames
 // that a cancellation unwinds, and would report them once the thread ends.
 void* tortureAwaitCancellation(void* victim) {
-    listVictim(*static_cast<Victim*>(victim));
+    static_cast<Victim*>(victim)->list();
     for (;;) pause();
 }
 
 // The victim a scope listener lists and then holds in a cancellation point.
 thread_local Victim* tVictimInListener = nullptr;
 
-// It waits in pthread_testcancel, not in a blocking call: a cancel that lands
-// in a blocking call unwinds from the cancellation signal's handler, and the
-// listener registry's destructors that run then would be reported here as
-// frees inside a signal handler (ThreadEnding.* covers the blocking call).
+// It waits in pthread_testcancel: a cancel landing in a blocking call unwinds
+// from the cancellation signal's handler, where the registry's destructors would
+// be reported as frees in a signal handler (ThreadEnding.* covers that call).
 struct BlockingListener : Strand::IScopedThreadCallback {
     void onStarted() override {
         if (tVictimInListener != nullptr) {
-            listVictim(*tVictimInListener);
+            tVictimInListener->list();
             for (;;) {
                 pthread_testcancel();
                 std::this_thread::yield();
@@ -136,9 +136,8 @@ void* tortureCancelledInListener(void* victim) {
     return nullptr;
 }
 
-// Cancels one thread after another, in turn: while a function runs on it in a
-// cancellation point; while it waits in pause() and stray signals arrive; and
-// inside a scope listener. The samplers trace these threads too.
+// Cancels one thread after another, in turn: inside a call, in pause() amid
+// stray signals, and inside a scope listener. The samplers trace them too.
 void runCancellations(Shared& s) {
     for (unsigned round = 0; !s.stop; ++round) {
         Victim victim{&s};
@@ -168,18 +167,13 @@ void runCancellations(Shared& s) {
         cancelled = true;
         caller.join();
         EXPECT_EQ(result, PTHREAD_CANCELED) << "round " << round;
-        s.locked([&] {
-            std::erase(s.live, victim.id);
-            ++s.cancellations;
-            s.ended.push_back(victim.id);
-            if (s.ended.size() > 16) s.ended.pop_front();
-        });
+        s.retire(victim.id);
+        s.locked([&] { ++s.cancellations; });
     }
 }
 
-// Two samplers run this, tracing each other too, so that threads are signalled
-// also while they are callers themselves. Now and then a sampler traces itself
-// by its numeric id alone, or sends a capture that calls back when destroyed.
+// Two samplers run this, tracing each other too (callers are signalled as well);
+// now and then one traces itself by number, or sends a capture that traces.
 STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& s, int& gateTraces) {
     std::mt19937 random(std::random_device{}());
     const Strand::ThreadId selfByNumber{pthread_t{}, Strand::gettid(), 0};
@@ -241,8 +235,8 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     for (unsigned i = 0; i < 16; ++i) threads.emplace_back(runWorkerSlot, std::ref(s), i);
     if (kCancellationUnwinds) threads.emplace_back(runCancellations, std::ref(s));
     samplersKnown.arrive_and_wait();
-    // Stray signals: every other one to a sampler, to land also while it
-    // publishes or withdraws a call, the rest to workers.
+    // Stray signals: every other one to a sampler (landing as it publishes or
+    // withdraws a call), the rest to workers.
     threads.emplace_back([&s] {
         std::mt19937 random(std::random_device{}());
         for (unsigned i = 0; !s.stop; ++i) {

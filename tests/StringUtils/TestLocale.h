@@ -1,18 +1,15 @@
-// Makes a named locale the process's C and C++ global locale for a scope. A
-// locale the system lacks is compiled once with localedef into the directory
-// STRAND_TEST_LOCALE_DIR and loaded from there; when that fails too, active()
-// is false and the test should skip.
+// Makes a named locale the process's C and C++ global locale for a scope: the
+// system's, or else the copy that the build compiled with localedef into
+// STRAND_TEST_LOCALE_DIR. When neither loads, active() is false and the test
+// should skip.
 #pragma once
 
 #include <clocale>
 #include <cstdlib>
-#include <filesystem>
 #include <locale>
 #include <optional>
 #include <stdexcept>
 #include <string>
-
-#include <unistd.h>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define STRAND_TEST_HAS_LSAN 1
@@ -31,7 +28,7 @@ public:
     explicit ScopedGlobalLocale(const std::string& name) {
         std::optional<std::locale> named = load(name);
         if (!named) {
-            named = generateAndLoad(name);
+            named = loadFromBuild(name);
         }
         if (named) {
             std::locale::global(*named);  // also sets the C locale, once loaded
@@ -58,47 +55,22 @@ private:
     }
 
     // glibc reads LOCPATH when a locale is loaded; it is put back afterwards so
-    // that other locales come from the system as usual.
-    // Also sets the C locale while LOCPATH still points at directory.
-    static std::optional<std::locale> loadFrom(const std::string& directory,
-                                               const std::string& name) {
+    // that other locales come from the system as usual. Also sets the C locale
+    // while LOCPATH still points at the build's copies.
+    static std::optional<std::locale> loadFromBuild(const std::string& name) {
 #ifdef STRAND_TEST_HAS_LSAN
         // glibc loses a copy of LOCPATH on each load from it: not the library's.
         const __lsan::ScopedDisabler ignoreLocaleLoading;
 #endif
         const char* const old = std::getenv("LOCPATH");
         const std::string saved = old ? old : "";
-        setenv("LOCPATH", directory.c_str(), 1);
+        setenv("LOCPATH", STRAND_TEST_LOCALE_DIR, 1);
         auto named = load(name);
         if (named) {
             std::locale::global(*named);
         }
         old ? setenv("LOCPATH", saved.c_str(), 1) : unsetenv("LOCPATH");
         return named;
-    }
-
-    static std::optional<std::locale> generateAndLoad(const std::string& name) {
-        namespace fs = std::filesystem;
-        // Looked up only once it exists: glibc remembers a failed lookup.
-        const std::string directory = STRAND_TEST_LOCALE_DIR;
-        const auto dot = name.find('.');
-        if (fs::exists(directory + "/" + name) || dot == std::string::npos) {
-            return loadFrom(directory, name);
-        }
-        // Built under a private name and renamed, so tests running in parallel
-        // never load a half-written locale.
-        std::error_code ignored;
-        fs::create_directories(directory, ignored);
-        const std::string scratch =
-            directory + "/" + name + ".tmp" + std::to_string(static_cast<long>(getpid()));
-        const std::string command = "localedef -i " + name.substr(0, dot) + " -f " +
-                                    name.substr(dot + 1) + " " + scratch + " >/dev/null 2>&1";
-        if (std::system(command.c_str()) == -1) {
-            return std::nullopt;
-        }
-        fs::rename(scratch, directory + "/" + name, ignored);
-        fs::remove_all(scratch, ignored);
-        return loadFrom(directory, name);
     }
 
     bool active_ = false;

@@ -5,19 +5,11 @@
 // program replaces malloc and friends to count the calls made while a handler
 // runs, so it is built without sanitizers.
 #include <dlfcn.h>
-#include <gtest/gtest.h>
-#include <pthread.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <csignal>
 #include <cstddef>
-#include <functional>
-#include <thread>
 
-#include "Strand/ThreadId.h"
+#include "Strand/TestSupport.h"
 
 extern "C" {
 void* __libc_malloc(std::size_t size);
@@ -83,20 +75,8 @@ bool firstIdentityInHandlerAllocatesNothing() {
     return ok && gAllocations.load() == 0;
 }
 
-// Runs check in a child with a time limit; the child's wait status.
-int statusInChild(bool (*check)()) {
-    const pid_t child = fork();
-    if (child == 0) {
-        alarm(30);
-        _exit(check() ? 0 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return status;
-}
-
 TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
-    EXPECT_EQ(statusInChild(&firstIdentityInHandlerAllocatesNothing), 0);
+    EXPECT_EQ(inChildProcess(30, &firstIdentityInHandlerAllocatesNothing), "ok");
 }
 
 using ExecuteOnThread = void (*)(const Strand::ThreadId&, const std::function<void()>&);
@@ -125,7 +105,7 @@ bool signalAfterUnloadingFindsTheHandler() {
 }
 
 TEST(LoadOrder, UnloadingTheLibraryKeepsItsSignalHandlerMapped) {
-    EXPECT_EQ(statusInChild(&signalAfterUnloadingFindsTheHandler), 0);
+    EXPECT_EQ(inChildProcess(30, &signalAfterUnloadingFindsTheHandler), "ok");
 }
 
 }  // namespace
