@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cfloat>
 #include <charconv>
-#include <climits>
 #include <limits>
 #include <cmath>
 #include <stdexcept>
@@ -72,6 +71,25 @@ bool mayBeSpace(char c) {
     return !detail::isAsciiAlnum(c) && std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
+// Accumulates the decimal digits from p on into magnitude; returns where they
+// end, or null if the number does not fit in 64 bits.
+const char* accumulateDigits(const char* p, const char* end, unsigned long long& magnitude) {
+    // Nineteen digits always fit (10^19 - 1 < 2^64); only later ones can overflow.
+    const char* const safeEnd = end - p > 19 ? p + 19 : end;
+    unsigned long long sum = 0;
+    for (; p != safeEnd && detail::isAsciiDigit(*p); ++p) {
+        sum = sum * 10 + static_cast<unsigned>(*p - '0');
+    }
+    for (; p != end && detail::isAsciiDigit(*p); ++p) {
+        if (__builtin_mul_overflow(sum, 10U, &sum) ||
+            __builtin_add_overflow(sum, static_cast<unsigned>(*p - '0'), &sum)) {
+            return nullptr;
+        }
+    }
+    magnitude = sum;
+    return p;
+}
+
 Decimal readDecimal(const std::string& text) {
     const char* const begin = text.data();
     const char* const end = begin + text.size();
@@ -85,17 +103,12 @@ Decimal readDecimal(const std::string& text) {
         decimal.quick = p == begin && mayBeSpace(*p) ? Quick::slowPath : Quick::noNumber;
         return decimal;
     }
-    unsigned long long magnitude = 0;
-    for (; p != end && detail::isAsciiDigit(*p); ++p) {
-        const auto digit = static_cast<unsigned>(*p - '0');
-        if (magnitude > (ULLONG_MAX - digit) / 10) {
-            decimal.quick = Quick::outOfRange;
-            return decimal;
-        }
-        magnitude = magnitude * 10 + digit;
+    p = accumulateDigits(p, end, decimal.magnitude);
+    if (p == nullptr) {
+        decimal.quick = Quick::outOfRange;
+        return decimal;
     }
     decimal.quick = Quick::read;
-    decimal.magnitude = magnitude;
     decimal.position = static_cast<size_t>(p - begin);
     return decimal;
 }
