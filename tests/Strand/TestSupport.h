@@ -28,11 +28,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "JoiningThread.h"
 #include "Strand/Platform.h"
 #include "Strand/ScopedThreadName.h"
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"
+#include "ThreadsAtOnce.h"
 
 // Whether a cancelled thread can unwind its C++ frames in this build. Debian's
 // libc++ runtime unwinds with LLVM's libunwind, glibc's cancellation with

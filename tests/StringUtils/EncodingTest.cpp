@@ -11,7 +11,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "JoiningThread.h"
+#include "ThreadsAtOnce.h"
 
 namespace {
 
