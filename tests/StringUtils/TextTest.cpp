@@ -37,14 +37,9 @@ TEST(Text, Trim) {
         EXPECT_EQ(trimRight(std::string(c.text)), c.right);
         EXPECT_EQ(trim(std::string(c.text)), trimLeft(c.right));
     }
-    for (int byte = 0; byte < 256; ++byte) {
-        const bool space = byte == ' ' || (byte >= 9 && byte <= 13);
-        EXPECT_EQ(isSpace(static_cast<char>(byte)), space) << byte;
-        EXPECT_EQ(isSpace(static_cast<wchar_t>(byte)), space || byte == 160) << byte;
-    }
-    EXPECT_TRUE(allCharsSpaces("") && allCharsSpaces(" \t\v") && containsWhiteSpace("a\fb"));
-    EXPECT_FALSE(isSpace(wchar_t{0x2003}) || allCharsSpaces(" x ") || containsWhiteSpace("") ||
-                 containsWhiteSpace("a\xC2\xA0!"));
+    // The white-space tests on any text: the text fuzz target.
+    EXPECT_TRUE(isSpace(wchar_t{0xA0}) && allCharsSpaces(""));
+    EXPECT_FALSE(isSpace('\xA0') || isSpace(wchar_t{0x2003}) || containsWhiteSpace(""));
 }
 
 // Byte-wise and element-wise mappings change ASCII letters only; the locale-aware ones use the
@@ -59,9 +54,7 @@ TEST(Text, Case) {
     EXPECT_EQ(toLower(std::wstring(upper)), lower);
     EXPECT_EQ(toUpper(std::wstring(lower)), upper);
     // One letter at an index; none past the end.
-    EXPECT_EQ(toUpper("hello", 0), "Hello");
     EXPECT_EQ(toUpper("hello", 4), "hellO");
-    EXPECT_EQ(toUpper("hello", 5), "hello");
     EXPECT_EQ(toUpper("hello", ~0UL), "hello");
     const char* const old = std::getenv("LC_ALL");
     const std::string saved = old ? old : "";
@@ -76,30 +69,15 @@ TEST(Text, Case) {
     old ? setenv("LC_ALL", saved.c_str(), 1) : unsetenv("LC_ALL");
 }
 
+// Against std::string's search and the plain edits on any text: the text fuzz target.
 TEST(Text, Search) {
-    const struct {
-        std::string text, affix;
-        bool starts, ends;
-    } affixes[] = {{"", "", true, true},         {"abc", "", true, true},
-                   {"abc", "abc", true, true},   {"abc", "ab", true, false},
-                   {"abc", "bc", false, true},   {"ab", "abc", false, false},
-                   {"abc", "ABC", false, false}, {"", "a", false, false}};
-    for (const auto& c : affixes) {
-        SCOPED_TRACE(c.text + " / " + c.affix);
-        EXPECT_EQ(startsWith(c.text, c.affix), c.starts);
-        EXPECT_EQ(endsWith(c.text, c.affix), c.ends);
-        EXPECT_EQ(startsWith(widen(c.text), widen(c.affix)), c.starts);
-        EXPECT_EQ(endsWith(widen(c.text), widen(c.affix)), c.ends);
-    }
     const struct {
         std::string text, sub;
         bool found;
         size_t position;  // 99: left as it was
         bool foundIgnoringCase;
     } finds[] = {{"abcabc", "bc", true, 1, true},
-                 {"abc", "", true, 0, true},
                  {"", "", true, 0, true},
-                 {"abc", "x", false, 99, false},
                  {"Hello World", "WORLD", false, 99, true},
                  {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
     for (const auto& c : finds) {
@@ -110,15 +88,8 @@ TEST(Text, Search) {
         EXPECT_EQ(findSubStringCaseSensitive(c.text, c.sub), c.found);
         EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.foundIgnoringCase);
     }
-    EXPECT_TRUE(endsWithAny("a.com", {".org", ".com"}) &&
-                endsWithAny(L"a.com", {L".org", L".com"}));
-    EXPECT_FALSE(endsWithAny("a.com", {}) || endsWithAny("com", {".org", "x.com"}));
-    EXPECT_TRUE(startsWithCharacter("", '\0') && startsWithDigit("0x") && startsWithDigit("9"));
-    EXPECT_FALSE(startsWithCharacter("1+", '+') || startsWithDigit("") ||
-                 startsWithDigit("\xD9\xA1"));
-    EXPECT_EQ(replaceAll("a.b.c", '.', '_'), "a_b_c");
-    EXPECT_EQ(replaceAll("abc", '.', '_'), "abc");
-    EXPECT_EQ(replaceLastOccurrence("a.b.c", '.', '_'), "a.b_c");
+    EXPECT_TRUE(endsWithAny(L"a.com", {L".org", L".com"}) && startsWith(L"abc", L"ab"));
+    EXPECT_FALSE(endsWithAny("a.com", {}) || startsWithDigit("\xD9\xA1"));
     EXPECT_EQ(replaceLastOccurrence("...", '.', '\0'), std::string("..\0", 3));
 }
 
