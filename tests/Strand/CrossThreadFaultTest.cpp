@@ -116,7 +116,7 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
 }
 
 // Freed process-wide state shows under AddressSanitizer; several rounds, as the race
-// with the static destructors is not lost every time.
+// with the static destructors is not won every time.
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
         EXPECT_EQ(inChildProcess(10, [] {
