@@ -112,7 +112,7 @@ auto onNewThread(Fn fn) {
 }
 
 // count threads alive at once on 256 KB stacks, each keeping what body(index) returns,
-// with its identity in ids[index]; the destructor releases and joins them.
+// its identity in ids[index]; the constructor returns once all are, the destructor joins them.
 class LiveThreads {
 public:
     LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)

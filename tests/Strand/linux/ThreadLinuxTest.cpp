@@ -110,7 +110,8 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
                 c.beforeEnd();
                 return std::get<1>(Strand::getThreadId());
             });
-            // Forcing the TID back at once, the test first lets its holder's clock tick pass.
+            // Reused naturally, a TID comes back long after its holder's start tick; forced
+            // back at once, it first lets that tick pass.
             while (std::chrono::steady_clock::now() - started < std::chrono::milliseconds(25)) {
                 std::this_thread::yield();
             }
