@@ -1,7 +1,5 @@
-// Cross-thread calls under what a large client does to them: captures that call
-// back into the library when destroyed, cancelled targets, ids that name the
-// caller, fork during a call, and exit with calls in flight. Each case runs in a
-// forked child with a time limit, so a hang or an abort fails the case.
+// Cross-thread calls under what a large client does to them. Each case runs in a
+// child process with a time limit, so a hang or an abort fails only it.
 #include "Strand/ExecuteOnThread.h"
 #include "Strand/StackTrace.h"
 #include "TestSupport.h"
@@ -32,7 +30,6 @@ TEST(CrossThreadFault, CapturesThatCallBackWhenDestroyedNeverHang) {
               "ok");
 }
 
-// A thread that waits in cancellation points outside any library call.
 struct Announced {
     Strand::ThreadId id{};
     std::latch known{1};
@@ -118,8 +115,8 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
     EXPECT_EQ(childResult, "ok");
 }
 
-// Under AddressSanitizer, freed process-wide state shows up as an error exit;
-// several rounds, as the race with the static destructors is not won every time.
+// Freed process-wide state shows under AddressSanitizer; several rounds, as the race
+// with the static destructors is not won every time.
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
         EXPECT_EQ(inChildProcess(10, [] {

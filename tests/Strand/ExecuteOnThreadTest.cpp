@@ -101,9 +101,8 @@ TEST(StackTrace, TracesShowTheTargetsFramesCutAt100) {
     recurseThen(150, [&own] { own = traceFromTheCaller(Strand::getThreadId()); });
     ParkedThread target;  // traced while it waits for a thread that traces it
     target.run([&] {
-        // Its way into that wait is taken once untraced first: a first call of another shared
-        // object's function passes through a lazy-binding stub, which has no unwind information on
-        // some platforms (aarch64), and a trace taken there stops short.
+        // Its way into that wait is taken once untraced first: a trace taken in a lazy-binding
+        // stub stops short on some platforms (aarch64).
         std::thread([] {}).join();
         recurseThen(150,
                     [&] { std::thread([&] { other = traceFromTheCaller(target.id()); }).join(); });

@@ -27,8 +27,7 @@ std::shared_ptr<Listener> recorder(std::string& log, const std::string& tag) {
                                       [&log, tag] { log += tag + "- "; });
 }
 
-// A registry of a test's own; it frees its list at the end, as the process-wide
-// one never does.
+// A registry of a test's own, which frees its list at the end.
 struct LocalRegistry : ScopedThreadNotifications {
     ~LocalRegistry() { deinit(); }
 };
@@ -152,8 +151,7 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     EXPECT_EQ(child, "ok");
 }
 
-// Detached threads still open scopes while the process exits and static
-// destructors run: the registry must outlive them.
+// Detached threads open scopes while static destructors run: the registry outlives them.
 TEST(ScopedThreadNotifications, ScopesOpenedWhileTheProcessExits) {
     EXPECT_EQ(inChildProcess(20, [] {
         static std::atomic<int> running{0};
@@ -171,8 +169,7 @@ TEST(ScopedThreadNotifications, ScopesOpenedWhileTheProcessExits) {
     }, true), "ok");
 }
 
-// Registered and fired during static initialisation, before main() runs: the
-// registry needs no init call and no particular order of initialisers.
+// Registered and fired during static initialisation: the registry needs no init call.
 const std::string gEarlyLog = [] {
     std::string log;
     const auto listener = recorder(log, "early");

@@ -1,8 +1,6 @@
-// A long run of what a client does over a day, compressed: waves of more live
-// threads than the process ever had slots for, threads that name themselves and
-// open scopes and end (some detached), listeners that come and go, and forks
-// while all of that runs. At the end, memory must be where it was after the
-// first wave. STRAND_SOAK_SECONDS sets the length (default 60).
+// A client's day, compressed: waves of thousands of live threads, short-lived named
+// threads in scopes, listeners that come and go, and forks, for STRAND_SOAK_SECONDS
+// (default 60). At the end, memory must be where it was after the first wave.
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -27,8 +25,7 @@ std::string waveName(int round, int index) {
     return "soak wave " + std::to_string(round) + ", thread " + std::to_string(index);
 }
 
-// 2300 live threads, each named and inside a scope; checked from here (listing
-// and names), then released and joined.
+// 2300 live threads, each named inside a scope; returns how many are listed wrongly.
 int runWave(int round) {
     const LiveThreads wave(2300, [round](int index) {
         return std::make_shared<Strand::ScopedThreadName>(waveName(round, index), true);
@@ -44,15 +41,13 @@ int runWave(int round) {
 }
 
 #if defined(STRAND_TEST_UNDER_ASAN) || defined(STRAND_TEST_UNDER_TSAN)
-// A sanitizer keeps freed memory in quarantine and its own shadow, so resident
-// memory says nothing about the library's.
+// A sanitizer's quarantine and shadow hide the library's resident memory.
 constexpr bool kMemoryIsMeasurable = false;
 #else
 constexpr bool kMemoryIsMeasurable = true;
 #endif
 #if defined(STRAND_TEST_UNDER_ASAN)
-// A fork child of a busy AddressSanitizer process can inherit the sanitizer's
-// allocator lock taken by another thread, and hang in its first allocation.
+// A fork child of a busy AddressSanitizer process can inherit its allocator's lock.
 constexpr bool kForksAreSafe = false;
 #else
 constexpr bool kForksAreSafe = true;

@@ -28,11 +28,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "JoiningThread.h"
 #include "Strand/Platform.h"
 #include "Strand/ScopedThreadName.h"
 #include "Strand/ThreadId.h"
 #include "Strand/ThreadName.h"
+#include "ThreadsAtOnce.h"
 
 // Whether a cancelled thread can unwind its C++ frames in this build. Debian's
 // libc++ runtime unwinds with LLVM's libunwind, glibc's cancellation with
@@ -111,9 +111,8 @@ auto onNewThread(Fn fn) {
     return result.get();
 }
 
-// count threads alive at once on 256 KB stacks. Each runs body(index), keeps
-// what it returns, records its identity in ids[index] and waits; the
-// constructor returns once all have, the destructor releases and joins them.
+// count threads alive at once on 256 KB stacks, each keeping what body(index) returns,
+// its identity in ids[index]; the constructor returns once all are, the destructor joins them.
 class LiveThreads {
 public:
     LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)
@@ -147,11 +146,9 @@ private:
     std::vector<pthread_t> threads_;
 };
 
-// Runs check in a child process that gets at most seconds to finish (then
-// SIGALRM ends it), so a hang or a crash fails the calling test instead of the
-// run. exitAfter chooses how the child ends: _exit (false), or exit (true),
-// which runs static destructors and leak checks as a returning main() does.
-// Returns "ok", or what went wrong.
+// Runs check in a child process that SIGALRM ends after seconds, so a hang or a crash
+// fails the calling test, not the run; returns "ok", or what went wrong. With exitAfter
+// the child ends by exit(), running static destructors and leak checks, else by _exit().
 template <typename Fn>
 std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
     std::cout.flush();  // not written twice

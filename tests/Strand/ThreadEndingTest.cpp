@@ -1,8 +1,5 @@
-// Threads that end, or leave, while library code is on their stack: a cancel
-// that lands while SIGUSR1 interrupts a blocking call, cancellation inside a
-// scope listener, pthread_exit and longjmp inside a cross-thread call. Each
-// case runs in a forked child with a time limit, so an abort or a hang fails
-// the case instead of the run.
+// Threads that end, or leave, while library code is on their stack; each case
+// runs in a child process with a time limit, so an abort or a hang fails only it.
 #include <csetjmp>
 
 #include "Strand/ExecuteOnThread.h"
@@ -13,10 +10,13 @@ namespace {
 using Strand::executeOnThread;
 
 // A POSIX thread that announces its numeric id, then waits in pause(), a
-// cancellation point inside which glibc turns asynchronous cancellation on.
+// cancellation point inside which glibc turns asynchronous cancellation on. A
+// call that jumps to resume ends it (savemask 0: SIGUSR1 stays blocked, as in
+// the handler).
 struct PausingThread {
     pthread_t handle{};
     std::atomic<int> tid{0};
+    sigjmp_buf resume;
 
     PausingThread() {
         pthread_create(&handle, nullptr, &PausingThread::main, this);
@@ -34,17 +34,15 @@ struct PausingThread {
 
 private:
     static void* main(void* self) {
-        static_cast<PausingThread*>(self)->tid.store(Strand::gettid());
+        auto& thread = *static_cast<PausingThread*>(self);
+        if (sigsetjmp(thread.resume, 0) != 0) return nullptr;
+        thread.tid.store(Strand::gettid());
         for (;;) pause();
     }
 };
 
-bool skipWithoutUnwinding() {
-    return !kCancellationUnwinds;
-}
-
 TEST(ThreadEnding, CancelLandingWhileStraySignalsInterruptABlockingCall) {
-    if (skipWithoutUnwinding()) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
+    if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
     EXPECT_EQ(inChildProcess(60, [] {
         executeOnThread(Strand::getThreadId(), [] {});  // installs the handler
         for (int round = 0; round < 300; ++round) {
@@ -69,7 +67,7 @@ TEST(ThreadEnding, CancelLandingWhileStraySignalsInterruptABlockingCall) {
 }
 
 TEST(ThreadEnding, ACallThatEndsItsThreadFinishesTheCall) {
-    if (skipWithoutUnwinding()) GTEST_SKIP() << "ending threads cannot unwind C++ frames here";
+    if (!kCancellationUnwinds) GTEST_SKIP() << "ending threads cannot unwind C++ frames here";
     EXPECT_EQ(inChildProcess(20, [] {
         PausingThread target;
         executeOnThread(target.id(), [] { pthread_exit(reinterpret_cast<void*>(7)); });
@@ -81,54 +79,32 @@ TEST(ThreadEnding, ACallThatEndsItsThreadFinishesTheCall) {
     }), "ok");
 }
 
-sigjmp_buf gResume;
-
-// A thread that comes back here when a call jumps out of its handler
-// (savemask 0, so SIGUSR1 stays blocked, as it is inside the handler).
-void* pauseUntilJumpedOut(void* tid) {
-    static_cast<std::atomic<int>*>(tid)->store(Strand::gettid());
-    if (sigsetjmp(gResume, 0) == 0) {
-        for (;;) pause();
-    }
-    return nullptr;
-}
-
 // The caller gives up after its 4 s; the record it parks must be reclaimed (and
 // its copy of the function destroyed) once the target thread has ended.
 TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     EXPECT_EQ(inChildProcess(30, [] {
-        std::atomic<int> tid{0};
-        pthread_t target{};
-        pthread_create(&target, nullptr, &pauseUntilJumpedOut, &tid);
-        while (tid.load() == 0) std::this_thread::yield();
+        PausingThread target;
         const auto token = std::make_shared<int>(0);
-        executeOnThread(Strand::ThreadId{target, tid.load(), static_cast<unsigned>(tid.load())},
-                        [token] { siglongjmp(gResume, 1); });
-        pthread_join(target, nullptr);
+        executeOnThread(target.id(), [token, &target] { siglongjmp(target.resume, 1); });
+        target.join();
         const ParkedThread next;
         executeOnThread(next.id(), [] {});  // collects parked records
         return token.use_count() == 1;
     }), "ok");
 }
 
-// A listener that waits in a cancellation point in one of its two calls.
-class BlockingListener : public Strand::IScopedThreadCallback {
-public:
-    explicit BlockingListener(bool inStarted) : inStarted_(inStarted) {}
-    void onStarted() override {
-        if (inStarted_) block();
-    }
-    void onEnded() override {
-        if (!inStarted_) block();
-    }
-    std::atomic<bool> blocking{false};
-
-private:
-    void block() {
+// A listener that waits in a cancellation point in onStarted or in onEnded.
+struct BlockingListener : Strand::IScopedThreadCallback {
+    explicit BlockingListener(bool blockInStarted) : inStarted(blockInStarted) {}
+    void onStarted() override { block(inStarted); }
+    void onEnded() override { block(!inStarted); }
+    void block(bool now) {
+        if (!now) return;
         blocking.store(true);
         for (;;) usleep(1000);
     }
-    bool inStarted_;
+    const bool inStarted;
+    std::atomic<bool> blocking{false};
 };
 
 struct ScopeCase {
@@ -149,7 +125,7 @@ void* openScope(void* scopeCase) {
 }
 
 TEST(ThreadEnding, CancellingAThreadInsideAScopeListenerEndsItCleanly) {
-    if (skipWithoutUnwinding()) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
+    if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
     const ScopeCase cases[] = {
         {"blocked in onStarted, named scope", true, false},
         {"blocked in onEnded, named scope", false, false},

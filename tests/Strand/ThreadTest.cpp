@@ -31,7 +31,6 @@ TEST(ThreadId, CallerIsListedAndIdTexts) {
 TEST(ThreadId, EndedThreadsFreeTheirRegistrySlot) {
     for (int i = 0; i < 3000; ++i) std::thread([] { Strand::getThreadId(); }).join();
     EXPECT_TRUE(isListed(ParkedThread().id())) << "after more threads than the registry holds";
-    for (const int pid : {getppid(), 1, 0, -1}) EXPECT_TRUE(Strand::getThreadIds(pid).empty());
 }
 
 // Far more threads alive at once than a fixed table would hold: every one is
@@ -106,11 +105,10 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
 TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
     const auto previous =
         Strand::platform::exchangeNameSetterForTesting([](const char*) { return EPERM; });
-    std::string asserted, assertedAt;
-    quill::overrideable::g_quillAssertFunc = [&](const auto& file, int, const auto& fn,
-                                                 const auto& cond, const auto& message) {
+    std::string asserted;
+    quill::overrideable::g_quillAssertFunc = [&](const auto&, int, const auto&, const auto& cond,
+                                                 const auto& message) {
         asserted = cond + ": " + message;
-        assertedAt = file + ":" + fn;
     };
     const std::string name(200, 'n'), message = "pthread_setname_np failed :" + name;
     const auto names = onNewThread([&] {
@@ -120,7 +118,6 @@ TEST(ThreadName, RefusalGoesToTheHooksWithTheWholeName) {
     });
     EXPECT_EQ(names.second, names.first) << "a refused name leaves the old one";
     EXPECT_EQ(asserted, "rc == 0: " + message);
-    EXPECT_EQ(assertedAt, "ThreadName.cpp:setThreadName");
     quill::overrideable::g_quillAssertFunc = [](auto&&...) { throw std::runtime_error("hook"); };
     EXPECT_THROW(onNewThread([] { Strand::setThreadName("x"); }), std::runtime_error);
     Strand::platform::exchangeNameSetterForTesting(previous);

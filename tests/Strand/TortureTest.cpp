@@ -1,6 +1,5 @@
-// Stack traces, for STRAND_TORTURE_SECONDS, of threads that allocate, lock, wait,
-// sleep, end, are cancelled (inside a call, amid stray signals, inside a scope
-// listener) and are replaced, amid stray signals. Run as its own ctest test.
+// Stack traces, for STRAND_TORTURE_SECONDS, of busy threads that end, are cancelled
+// and are replaced, amid stray signals. Run as its own ctest test.
 #include <cstdlib>
 #include <deque>
 #include <iostream>
@@ -11,13 +10,11 @@
 #include "Strand/StackTrace.h"
 #include "TestSupport.h"
 
-// Named, not anonymous: the traced functions below take these types and must
-// keep external linkage to be exported.
+// Named, not anonymous: the traced functions below must keep external linkage.
 namespace torture {
 
-// What the threads share, all but stop and busy under mutex. One worker at a
-// time waits at the gate, in a known function, until a sampler has claimed it,
-// traced it and sent it on.
+// What the threads share, all but stop and busy under mutex. One worker at a time
+// waits at the gate, in a known function, until a sampler has traced it.
 struct Shared {
     std::atomic<bool> stop{false};
     std::mutex mutex, busy[4];
@@ -46,8 +43,7 @@ STRAND_TEST_TRACEABLE void tortureHeldAtGate(Shared& s) {
     if (s.gateOccupant || s.gateClosed) return;
     const Strand::ThreadId self = Strand::getThreadId();
     s.gateOccupant = self;
-    // A claimed occupant stays until its sampler has traced it, also when the
-    // test is closing: leaving earlier would put another stack under the trace.
+    // A claimed occupant stays until traced, also at the close of the test.
     s.changed.wait(lock,
                    [&] { return s.gateOccupant != self || (s.gateClosed && !s.gateClaimed); });
 }
@@ -80,8 +76,7 @@ void runWorkerSlot(Shared& s, unsigned slot) {
     }
 }
 
-// A capture whose copies each trace a thread when destroyed, which happens
-// after the call that carried it, outside the library's lock.
+// A capture whose copies each trace a thread when destroyed, outside the library's lock.
 struct TracesWhenDestroyed {
     Strand::ThreadId thread;
     explicit TracesWhenDestroyed(const Strand::ThreadId& id) : thread(id) {}
@@ -101,9 +96,8 @@ struct Victim {
     }
 };
 
-// Waits in cancellation points, listed, until cancelled. Keeps no local whose
-// address escapes: AddressSanitizer does not clear the guard zones of frames
-// that a cancellation unwinds, and would report them once the thread ends.
+// Waits in cancellation points, listed, until cancelled. No local's address escapes:
+// AddressSanitizer would report the guard zones of frames a cancellation unwinds.
 void* tortureAwaitCancellation(void* victim) {
     static_cast<Victim*>(victim)->list();
     for (;;) pause();
@@ -112,9 +106,8 @@ void* tortureAwaitCancellation(void* victim) {
 // The victim a scope listener lists and then holds in a cancellation point.
 thread_local Victim* tVictimInListener = nullptr;
 
-// It waits in pthread_testcancel: a cancel landing in a blocking call unwinds
-// from the cancellation signal's handler, where the registry's destructors would
-// be reported as frees in a signal handler (ThreadEnding.* covers that call).
+// It waits in pthread_testcancel, not a blocking call, whose cancel would unwind the
+// registry from a signal handler (ThreadEnding.* covers that).
 struct BlockingListener : Strand::IScopedThreadCallback {
     void onStarted() override {
         if (tVictimInListener != nullptr) {
@@ -128,16 +121,15 @@ struct BlockingListener : Strand::IScopedThreadCallback {
     void onEnded() override {}
 };
 
-// Cancelled inside a scope listener. The scope lives on the heap, for the
-// reason given above.
+// Cancelled inside a scope listener; the scope is on the heap, as above.
 void* tortureCancelledInListener(void* victim) {
     tVictimInListener = static_cast<Victim*>(victim);
     delete new Strand::ScopedThreadName("torture victim");
     return nullptr;
 }
 
-// Cancels one thread after another, in turn: inside a call, in pause() amid
-// stray signals, and inside a scope listener. The samplers trace them too.
+// Cancels one thread after another: inside a call, in pause() amid stray signals,
+// and inside a scope listener.
 void runCancellations(Shared& s) {
     for (unsigned round = 0; !s.stop; ++round) {
         Victim victim{&s};
@@ -172,8 +164,8 @@ void runCancellations(Shared& s) {
     }
 }
 
-// Two samplers run this, tracing each other too (callers are signalled as well);
-// now and then one traces itself by number, or sends a capture that traces.
+// Two samplers trace everyone, each other too; now and then one traces itself by
+// number, or sends a capture that traces.
 STRAND_TEST_TRACEABLE void tortureSamplerLoop(Shared& s, int& gateTraces) {
     std::mt19937 random(std::random_device{}());
     const Strand::ThreadId selfByNumber{pthread_t{}, Strand::gettid(), 0};
@@ -235,8 +227,8 @@ TEST(Torture, TracesOfBusyThreadsThatComeAndGo) {
     for (unsigned i = 0; i < 16; ++i) threads.emplace_back(runWorkerSlot, std::ref(s), i);
     if (kCancellationUnwinds) threads.emplace_back(runCancellations, std::ref(s));
     samplersKnown.arrive_and_wait();
-    // Stray signals: every other one to a sampler (landing as it publishes or
-    // withdraws a call), the rest to workers.
+    // Stray signals: every other one to a sampler (as it publishes a call), the rest
+    // to workers.
     threads.emplace_back([&s] {
         std::mt19937 random(std::random_device{}());
         for (unsigned i = 0; !s.stop; ++i) {

@@ -32,14 +32,10 @@ TEST(Addresses, All) {
             {"", s.substr(1), s.substr(0, s.size() - 1), "host" + toUpper(s), "host" + s + "."});
     }
     checks::expectTable<std::string>({
-        {removeSipKeywordFromSipAddress, "sip:alice@x.y", "alice@x.y"},
         {removeSipKeywordFromSipAddress, "sip:alice@x.y:5060", "5060"},
-        {removeSipKeywordFromSipAddress, "sip:", ""},
-        {getEmailDomain, "a@b@c", "c"},
         {getEmailDomain, "alice", ""},
         {with(reformatMACaddress, "-"), "00:1a:2b:3c:4d:5e", "00-1A-2B-3C-4D-5E"},
         {with(reformatMACaddress, "."), "ABC:d:e:f:0", "AB.0C.0D.0E.0F.00"},
-        {with(reformatMACaddress, ""), "xx0g1z2-3.4 5\xC3\xA9", "000102030405"},
         {with(reformatMACaddress, ":"), "00:00:00:00:00:00", ""},
     });
 }

@@ -18,13 +18,10 @@ TEST(HexAndFileName, ToHexString) {
 TEST(HexAndFileName, FilenameFromPath) {
     const struct {
         std::string path, name;
-    } cases[] = {{"/usr/src/lib/main.cpp", "main.cpp"},
-                 {"a\\b/c", "c"},
+    } cases[] = {{"a\\b/c", "c"},
                  {"a/b\\c", "c"},
                  {"main.cpp", "main.cpp"},
-                 {"", ""},
                  {"logs/", ""},
-                 {"d:file.cpp", "d:file.cpp"},
                  {std::string("a\0/b", 4), "b"}};
     for (const auto& c : cases) EXPECT_EQ(filenameFromPath(c.path), c.name) << c.path;
 }

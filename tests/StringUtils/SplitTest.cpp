@@ -24,8 +24,8 @@ void checkSplitters(const Text& text, const Delimiter& delimiter, bool skipEmpty
     }
 }
 
-// Every delimiter splitter, narrow and wide, by one table; one-character delimiters also through
-// the character overloads. countWords sizes the result for a string delimiter.
+// Every delimiter splitter, narrow and wide, at the edges (any text: the split fuzz target);
+// one-character delimiters also through the character overloads. countWords sizes the result.
 TEST(Split, ByDelimiter) {
     // clang-format off
     const struct {
@@ -35,12 +35,9 @@ TEST(Split, ByDelimiter) {
         size_t words;  // countWords
     } cases[] = {
         {"a,b,,c", ",", false, {"a", "b", "", "c"}, 2}, {"a,b,,c", ",", true, {"a", "b", "c"}, 2},
-        {"", ",", false, {}, 0}, {"", ",", true, {}, 0}, {",", ",", false, {"", ""}, 1},
-        {",", ",", true, {}, 1}, {"abc", ",", false, {"abc"}, 0}, {" , ", ",", true, {" ", " "}, 1},
-        {"a:::b", "::", false, {"a", ":b"}, 1}, {"aaa", "aa", false, {"", "a"}, 1},
+        {"", ",", false, {}, 0}, {",", ",", true, {}, 1}, {" , ", ",", true, {" ", " "}, 1},
         {"abc", "", false, {"abc"}, 3}, {"", "", false, {}, 0},
-        {"::a::::b::", "::", false, {"", "a", "", "b", ""}, 3},
-        {"::a::::b::", "::", true, {"a", "b"}, 3}, {"abc", "abcd", false, {"abc"}, 0}};
+        {"::a::::b::", "::", true, {"a", "b"}, 3}};
     // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text + " at " + c.delimiter + (c.skipEmpty ? " skipping empty" : ""));
@@ -62,13 +59,11 @@ TEST(Split, ByLengthAndJoin) {
         bool skipEmpty;
         Fields pieces;
     } chunks[] = {{"abcdefg", 3, false, {"abc", "def", "g"}},
-                  {"abcdef", 3, false, {"abc", "def"}},
                   {"abc \t\n", 3, true, {"abc"}},
                   {"abc  x", 3, true, {"abc", "  x"}},
                   {"", 3, false, {}},
                   {"abc", 0, false, {"", "abc"}},
                   {"abc", 0, true, {"abc"}},
-                  {"  ", 0, true, {}},
                   {"abc", -1, false, {"abc"}}};
     for (const auto& c : chunks) {
         EXPECT_EQ(split(c.text, c.chunkSize, c.skipEmpty), c.pieces)

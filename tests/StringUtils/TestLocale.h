@@ -1,7 +1,5 @@
-// Makes a named locale the process's C and C++ global locale for a scope: the
-// system's, or else the copy that the build compiled with localedef into
-// STRAND_TEST_LOCALE_DIR. When neither loads, active() is false and the test
-// should skip.
+// Makes a named locale the process's C and C++ global locale for a scope: the system's,
+// or the build's copy in STRAND_TEST_LOCALE_DIR; if neither loads, active() is false.
 #pragma once
 
 #include <clocale>
@@ -27,9 +25,7 @@ public:
     // name is "<language>_<territory>.UTF-8", e.g. "tr_TR.UTF-8".
     explicit ScopedGlobalLocale(const std::string& name) {
         std::optional<std::locale> named = load(name);
-        if (!named) {
-            named = loadFromBuild(name);
-        }
+        if (!named) named = loadFromBuild(name);
         if (named) {
             std::locale::global(*named);  // also sets the C locale, once loaded
             active_ = std::setlocale(LC_ALL, nullptr) == name;
@@ -54,9 +50,8 @@ private:
         }
     }
 
-    // glibc reads LOCPATH when a locale is loaded; it is put back afterwards so
-    // that other locales come from the system as usual. Also sets the C locale
-    // while LOCPATH still points at the build's copies.
+    // glibc reads LOCPATH when a locale is loaded, so it is set for this load only; the C
+    // locale is set here too, while LOCPATH points at the build's copies.
     static std::optional<std::locale> loadFromBuild(const std::string& name) {
 #ifdef STRAND_TEST_HAS_LSAN
         // glibc loses a copy of LOCPATH on each load from it: not the library's.

@@ -37,14 +37,9 @@ TEST(Text, Trim) {
         EXPECT_EQ(trimRight(std::string(c.text)), c.right);
         EXPECT_EQ(trim(std::string(c.text)), trimLeft(c.right));
     }
-    for (int byte = 0; byte < 256; ++byte) {
-        const bool space = byte == ' ' || (byte >= 9 && byte <= 13);
-        EXPECT_EQ(isSpace(static_cast<char>(byte)), space) << byte;
-        EXPECT_EQ(isSpace(static_cast<wchar_t>(byte)), space || byte == 160) << byte;
-    }
-    EXPECT_TRUE(allCharsSpaces("") && allCharsSpaces(" \t\v") && containsWhiteSpace("a\fb"));
-    EXPECT_FALSE(isSpace(wchar_t{0x2003}) || allCharsSpaces(" x ") || containsWhiteSpace("") ||
-                 containsWhiteSpace("a\xC2\xA0!"));
+    // The white-space tests on any text: the text fuzz target.
+    EXPECT_TRUE(isSpace(wchar_t{0xA0}) && allCharsSpaces(""));
+    EXPECT_FALSE(isSpace('\xA0') || isSpace(wchar_t{0x2003}) || containsWhiteSpace(""));
 }
 
 // Byte-wise and element-wise mappings change ASCII letters only; the locale-aware ones use the
@@ -59,9 +54,7 @@ TEST(Text, Case) {
     EXPECT_EQ(toLower(std::wstring(upper)), lower);
     EXPECT_EQ(toUpper(std::wstring(lower)), upper);
     // One letter at an index; none past the end.
-    EXPECT_EQ(toUpper("hello", 0), "Hello");
     EXPECT_EQ(toUpper("hello", 4), "hellO");
-    EXPECT_EQ(toUpper("hello", 5), "hello");
     EXPECT_EQ(toUpper("hello", ~0UL), "hello");
     const char* const old = std::getenv("LC_ALL");
     const std::string saved = old ? old : "";
@@ -76,30 +69,15 @@ TEST(Text, Case) {
     old ? setenv("LC_ALL", saved.c_str(), 1) : unsetenv("LC_ALL");
 }
 
+// Against std::string's search and the plain edits on any text: the text fuzz target.
 TEST(Text, Search) {
-    const struct {
-        std::string text, affix;
-        bool starts, ends;
-    } affixes[] = {{"", "", true, true},         {"abc", "", true, true},
-                   {"abc", "abc", true, true},   {"abc", "ab", true, false},
-                   {"abc", "bc", false, true},   {"ab", "abc", false, false},
-                   {"abc", "ABC", false, false}, {"", "a", false, false}};
-    for (const auto& c : affixes) {
-        SCOPED_TRACE(c.text + " / " + c.affix);
-        EXPECT_EQ(startsWith(c.text, c.affix), c.starts);
-        EXPECT_EQ(endsWith(c.text, c.affix), c.ends);
-        EXPECT_EQ(startsWith(widen(c.text), widen(c.affix)), c.starts);
-        EXPECT_EQ(endsWith(widen(c.text), widen(c.affix)), c.ends);
-    }
     const struct {
         std::string text, sub;
         bool found;
         size_t position;  // 99: left as it was
         bool foundIgnoringCase;
     } finds[] = {{"abcabc", "bc", true, 1, true},
-                 {"abc", "", true, 0, true},
                  {"", "", true, 0, true},
-                 {"abc", "x", false, 99, false},
                  {"Hello World", "WORLD", false, 99, true},
                  {"\xC3\x89t", "\xC3\xA9T", false, 99, false}};
     for (const auto& c : finds) {
@@ -110,15 +88,8 @@ TEST(Text, Search) {
         EXPECT_EQ(findSubStringCaseSensitive(c.text, c.sub), c.found);
         EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.foundIgnoringCase);
     }
-    EXPECT_TRUE(endsWithAny("a.com", {".org", ".com"}) &&
-                endsWithAny(L"a.com", {L".org", L".com"}));
-    EXPECT_FALSE(endsWithAny("a.com", {}) || endsWithAny("com", {".org", "x.com"}));
-    EXPECT_TRUE(startsWithCharacter("", '\0') && startsWithDigit("0x") && startsWithDigit("9"));
-    EXPECT_FALSE(startsWithCharacter("1+", '+') || startsWithDigit("") ||
-                 startsWithDigit("\xD9\xA1"));
-    EXPECT_EQ(replaceAll("a.b.c", '.', '_'), "a_b_c");
-    EXPECT_EQ(replaceAll("abc", '.', '_'), "abc");
-    EXPECT_EQ(replaceLastOccurrence("a.b.c", '.', '_'), "a.b_c");
+    EXPECT_TRUE(endsWithAny(L"a.com", {L".org", L".com"}) && startsWith(L"abc", L"ab"));
+    EXPECT_FALSE(endsWithAny("a.com", {}) || startsWithDigit("\xD9\xA1"));
     EXPECT_EQ(replaceLastOccurrence("...", '.', '\0'), std::string("..\0", 3));
 }
 
@@ -157,45 +128,63 @@ TEST(Text, EraseSubString) {
     EXPECT_EQ(text, "abc");
 }
 
+// By characters: a cut-off sequence at the end counts as one, any other invalid byte makes the
+// result empty. By markers: the first start marker, then the end marker after it, or the rest.
 TEST(Text, Substr) {
-    const std::string aeb = "a\xC3\xA9!", mixed = "\xE4\xB8\xAD\xF0\x9F\x98\x80z";  // 3 characters
+    const std::string aeb = "a\xC3\xA9!";  // 3 characters
     // clang-format off
-    const std::tuple<std::string, unsigned, unsigned long, std::string> cases[] = {
-        {aeb, 1, 1, "\xC3\xA9"}, {aeb, 1, 2, "\xC3\xA9!"}, {aeb, 0, ULONG_MAX, aeb},
-        {aeb, 3, 1, ""}, {aeb, 2, 5, "!"}, {aeb, 0, 0, ""}, {"", 0, 1, ""},
-        {mixed, 1, 1, "\xF0\x9F\x98\x80"}, {mixed, UINT_MAX, ULONG_MAX, ""}, {"ab\x80", 0, 1, ""},
-        {"a\xF8z", 0, 1, ""}, {"\xE4\xB8", 0, 1, "\xE4\xB8"}, {"ab\xE4", 2, 1, "\xE4"}};
-    const std::string markers[][4] = {{"a[b]c", "[", "]", "b"}, {"a[b]c", "[", "#", "b]c"},
-        {"a[b]c", "#", "]", ""}, {"a[b]c", "", "]", "a[b"}, {"a[b]c", "[", "", ""},
-        {"<<x>>y>>", "<<", ">>", "x"}, {"]a[b]", "[", "]", "b"}, {"a[]", "[", "]", ""}};
+    const struct {
+        std::string text;
+        unsigned start;
+        unsigned long count;
+        std::string part;
+    } byCharacters[] = {{aeb, 1, 1, "\xC3\xA9"}, {aeb, 0, ULONG_MAX, aeb}, {aeb, 2, 5, "!"},
+        {aeb, 3, 1, ""}, {aeb, UINT_MAX, ULONG_MAX, ""}, {"", 0, 1, ""},
+        {"\xF0\x9F\x98\x80z", 0, 1, "\xF0\x9F\x98\x80"}, {"\xE4\xB8", 0, 1, "\xE4\xB8"},
+        {"ab\x80", 0, 1, ""}, {"a\xF8z", 0, 1, ""}};
     // clang-format on
-    for (const auto& [text, start, count, part] : cases) {
-        EXPECT_EQ(substr(text, start, count), part)
-            << text << " from " << start << " for " << count;
+    for (const auto& c : byCharacters) {
+        SCOPED_TRACE(testing::PrintToString(c.text) + " from " + std::to_string(c.start));
+        EXPECT_EQ(substr(c.text, c.start, c.count), c.part);
     }
-    for (const auto& [text, startMarker, endMarker, part] : markers) {
-        EXPECT_EQ(substr(text, startMarker, endMarker), part) << text << startMarker << endMarker;
+    const struct {
+        std::string text, start, end, part;
+    } byMarkers[] = {{"a[b]c", "[", "]", "b"}, {"a[b]c", "[", "#", "b]c"},
+                     {"a[b]c", "#", "]", ""},  {"a[b]c", "", "]", "a[b"},
+                     {"a[b]c", "[", "", ""},   {"]a[b]", "[", "]", "b"}};
+    for (const auto& c : byMarkers) {
+        SCOPED_TRACE(c.text + " " + c.start + " " + c.end);
+        EXPECT_EQ(substr(c.text, c.start, c.end), c.part);
     }
 }
 
 // copy writes all or nothing, NUL-filling the rest of the buffer; copyn truncates. Neither
 // writes at or beyond size.
 TEST(Text, CopyIntoBuffers) {
-    const std::tuple<const char*, unsigned long, bool, unsigned long> cases[] = {
-        {"hello", 5, false, 4}, {"hello", 6, true, 5}, {"hello", 9, true, 5},
-        {"", 1, true, 0},       {"he", 3, true, 2},    {"hello", 1, false, 0}};
-    for (const auto& [source, size, copied, length] : cases) {
-        SCOPED_TRACE(std::string(source) + " into " + std::to_string(size));
+    const struct {
+        const char* source;
+        unsigned long size;
+        bool copied;           // by copy
+        unsigned long length;  // copied by copyn
+    } cases[] = {{"hello", 5, false, 4},
+                 {"hello", 6, true, 5},
+                 {"hello", 9, true, 5},
+                 {"hello", 1, false, 0},
+                 {"", 1, true, 0}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.source) + " into " + std::to_string(c.size));
+        const std::string source = c.source;
         char buffer[12];
         std::memset(buffer, 'x', sizeof buffer);
-        EXPECT_EQ(copy(buffer, size, source), copied);
+        EXPECT_EQ(copy(buffer, c.size, c.source), c.copied);
         EXPECT_EQ(std::string(buffer, 12),
-                  copied ? (source + std::string(size - length, '\0')).append(12 - size, 'x')
-                         : "xxxxxxxxxxxx");
+                  c.copied
+                      ? (source + std::string(c.size - c.length, '\0')).append(12 - c.size, 'x')
+                      : "xxxxxxxxxxxx");
         std::memset(buffer, 'x', sizeof buffer);
-        EXPECT_EQ(copyn(buffer, size, source), length);
-        EXPECT_EQ(std::string(buffer, size + 1),
-                  std::string(source, length).append(1, '\0').append(size - length, 'x'));
+        EXPECT_EQ(copyn(buffer, c.size, c.source), c.length);
+        EXPECT_EQ(std::string(buffer, c.size + 1),
+                  source.substr(0, c.length).append(1, '\0').append(c.size - c.length, 'x'));
     }
     char buffer[4] = {'x', 'x', 'x', 'x'};
     EXPECT_FALSE(copy(buffer, 0, "a") || copy(nullptr, 4, "a") || copy(buffer, 4, nullptr));

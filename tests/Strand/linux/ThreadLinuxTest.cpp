@@ -55,8 +55,7 @@ TEST(ThreadLinux, KernelKeeps15BytesAndNamesSetByOtherCodeWin) {
               (std::vector<std::string>{"a name longer t", "renamed", "again a rather long name"}));
 }
 
-// The kernel's name of the main thread is the process's name (ps, pgrep): the
-// library keeps the main thread's name to itself.
+// The main thread's kernel name is the process's (ps, pgrep): the library keeps it.
 TEST(ThreadLinux, NamingTheMainThreadLeavesTheProcessName) {
     EXPECT_EQ(inChildProcess(10, [] {  // the child's only thread is its main thread
         char before[16] = {}, after[16] = {};
@@ -69,8 +68,7 @@ TEST(ThreadLinux, NamingTheMainThreadLeavesTheProcessName) {
     }), "ok");
 }
 
-// Asks the kernel to hand out tid next (best effort: needs privileges, and
-// other processes may take it first).
+// Asks the kernel to hand out tid next (best effort: needs privileges).
 void preferNextTid(int tid) {
     if (FILE* file = std::fopen("/proc/sys/kernel/ns_last_pid", "w")) {
         std::fprintf(file, "%d", tid - 1);
@@ -80,30 +78,26 @@ void preferNextTid(int tid) {
 
 pthread_key_t gLateKey;
 
-// Gives the calling thread an empty robust-mutex list of its own, as other
-// runtimes and sandboxes do (and as a kernel without robust lists behaves):
-// the kernel then marks none of the C library's robust mutexes at its end.
+// Gives the calling thread an empty robust-mutex list of its own, as other runtimes
+// do: the kernel then marks none of the C library's robust mutexes at its end.
 void replaceRobustList() {
     thread_local robust_list_head head{};
     head.list.next = &head.list;
     syscall(SYS_set_robust_list, &head, sizeof head);
 }
 
-struct EndingCase {
-    const char* name;
-    void (*beforeEnd)();  // what the first holder of the TID does before it ends
-};
-
-// The first holder of a TID names itself and ends; a new thread that inherits
-// the same 15-byte kernel name then gets the same TID. It must not read back the
-// ended thread's full name, nor be listed with its handle.
+// The first holder of a TID names itself and ends; a new thread with the same
+// 15-byte kernel name gets the TID, and must not read back that name or handle.
 TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
-    const EndingCase cases[] = {
+    const struct {
+        const char* name;
+        void (*beforeEnd)();  // what the first holder of the TID does before it ends
+    } cases[] = {
         {"renames itself in a key destructor, after the library's clean-up",
          [] { pthread_setspecific(gLateKey, &gLateKey); }},
         {"replaced its robust-mutex list", &replaceRobustList},
     };
-    for (const EndingCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(inChildProcess(120, [&c] {
             prctl(PR_SET_NAME, "worker-pool-abc", 0, 0, 0);  // what new threads inherit
@@ -116,9 +110,8 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
                 c.beforeEnd();
                 return std::get<1>(Strand::getThreadId());
             });
-            // Left alone, the kernel hands a TID out again only after all the
-            // others, long after the clock tick in which its holder started;
-            // the test forces it back at once, so it first lets that tick pass.
+            // Reused naturally, a TID comes back long after its holder's start tick; forced
+            // back at once, it first lets that tick pass.
             while (std::chrono::steady_clock::now() - started < std::chrono::milliseconds(25)) {
                 std::this_thread::yield();
             }
@@ -151,9 +144,8 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
     }
 }
 
-// A signal handler that asks for the thread's identity while the thread is
-// registering itself must not leave it with a second record, which other
-// threads would then find first and read its name from.
+// A handler asking for the identity during registration must not leave a second
+// record, which other threads would find first and read the name from.
 TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     EXPECT_EQ(inChildProcess(120, [] {
         struct sigaction action {};
@@ -180,9 +172,8 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     }), "ok");
 }
 
-// The window the test above samples, made certain: a handler registered the
-// thread after its first call saw no record and before that call went on to
-// register it.
+// The window the test above samples, made certain: a handler registered the thread
+// between its first call's look-up and that call's registration.
 TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
     const bool kept = onNewThread([] {
         struct sigaction action {}, previous {};
@@ -197,8 +188,7 @@ TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
     EXPECT_TRUE(kept);
 }
 
-// Records are reclaimed however threads end, also when the kernel never marks
-// their robust mutexes: memory follows the peak of live threads.
+// Records are reclaimed also when the kernel never marks the robust mutexes.
 TEST(ThreadLinux, RecordsOfEndedThreadsAreReclaimedWithoutRobustLists) {
     EXPECT_EQ(inChildProcess(120, [] {
         for (int i = 0; i < 3000; ++i) {
