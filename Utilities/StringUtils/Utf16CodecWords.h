@@ -18,8 +18,8 @@ namespace StringUtils::Utf16Codec {
 inline constexpr size_t kBlock = 2048;
 
 // Room kept free in a block for the largest single step of either direction
-// (sixteen elements at once, or one sequence written with a few spare bytes).
-inline constexpr size_t kStepRoom = 48;
+// (a run of 64 units written with their spare bytes).
+inline constexpr size_t kStepRoom = 256;
 
 [[noreturn]] inline void throwFromBytesError() {
     throw std::range_error("wstring_convert: from_bytes error");
@@ -125,6 +125,27 @@ typedef std::uint32_t Wides16 __attribute__((vector_size(64)));
 template <typename T>
 using Units16 = std::conditional_t<sizeof(T) == 2, Halves16, Wides16>;
 
+// A 16-bit mask with bit i set when flag byte i (in memory order) is not zero.
+// Branch-free where the target is little-endian: the top bit of each flag byte
+// is set when the byte is not zero, and the top bits of a word are gathered
+// into its top byte by a multiplication.
+inline std::uint32_t flagMask(const Bytes16& flags) {
+    if constexpr (std::endian::native == std::endian::little) {
+        const auto words = reinterpret_cast<Words2>((flags + 0x7F) | flags);
+        constexpr std::uint64_t kTops = 0x8080808080808080ULL;
+        constexpr std::uint64_t kGather = 0x0002040810204081ULL;
+        const auto low = static_cast<std::uint32_t>(((words[0] & kTops) * kGather) >> 56);
+        const auto high = static_cast<std::uint32_t>(((words[1] & kTops) * kGather) >> 56);
+        return low | (high << 8);
+    } else {
+        std::uint32_t mask = 0;
+        for (int i = 0; i < 16; ++i) {
+            mask |= static_cast<std::uint32_t>(flags[i] != 0) << i;
+        }
+        return mask;
+    }
+}
+
 // The number of leading elements whose flag byte is zero among sixteen flag
 // bytes (16 when all are).
 inline int leadingZeroFlags(const Bytes16& flags) {
@@ -179,6 +200,42 @@ bool narrowSixteen(const T* p, char* out) {
     constexpr std::uint64_t kAboveAscii =
         sizeof(T) == 2 ? 0xFF80FF80FF80FF80ULL : 0xFFFFFF80FFFFFF80ULL;
     return ((any[0] | any[1]) & kAboveAscii) == 0;
+}
+
+// Sixteen flag bytes for the sixteen units at p, each not zero exactly when its
+// unit is not ASCII: the bits of a unit above ASCII are folded into its low byte.
+template <typename T>
+Bytes16 nonAsciiFlags(const T* p) {
+    Units16<T> units;
+    std::memcpy(&units, p, sizeof units);
+    Units16<T> above = units >> 7;
+    if constexpr (sizeof(T) == 4) {
+        above |= above >> 16;
+    }
+    Halves16 folded = __builtin_convertvector(above, Halves16);
+    folded |= folded >> 8;
+    return __builtin_convertvector(folded, Bytes16);
+}
+
+// Narrows the count units at p to count bytes at out (meaningful where they are
+// ASCII), sixteen bytes of units at a time; count is a multiple of eight.
+template <int count, typename T>
+void narrowUnits(const T* p, char* out) {
+    constexpr int kPerChunk = 16 / sizeof(T);
+    typedef Unit<T> Chunk __attribute__((vector_size(16)));
+    typedef std::uint8_t Narrow __attribute__((vector_size(kPerChunk)));
+    for (int i = 0; i < count; i += kPerChunk) {
+        Chunk units;
+        std::memcpy(&units, p + i, sizeof units);
+        const Narrow bytes = __builtin_convertvector(units & 0xFF, Narrow);
+        std::memcpy(out + i, &bytes, sizeof bytes);
+    }
+}
+
+// A mask of the sixteen units at p with bit i set when unit i is not ASCII.
+template <typename T>
+std::uint64_t nonAsciiMask(const T* p) {
+    return flagMask(nonAsciiFlags(p));
 }
 
 // The frame of both directions: a result reserved for size elements, filled

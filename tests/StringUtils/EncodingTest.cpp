@@ -174,13 +174,15 @@ TYPED_TEST(Utf16Differential, LongInputs) {
     using Text = std::basic_string<TypeParam>;
     const Text units[] = {{0x80},   {0x7FF},  {0x800},          {0xFFFF},       {0xD83D, 0xDE00},
                           {0xD800}, {0xDC00}, {0xDC00, 0xD800}, {0xD800, 0x41}, {0xDBFF, 0xDFFF}};
-    for (size_t offset = 0; offset <= 40; ++offset) {
+    // Past two of the encoder's 64-unit looks and their 32-unit copies.
+    constexpr size_t kReach = 136;
+    for (size_t offset = 0; offset <= kReach; ++offset) {
         for (const std::string sequence : kSequences) {
-            this->bytes(std::string(offset, '1') + sequence + std::string(40 - offset, ' '));
+            this->bytes(std::string(offset, '1') + sequence + std::string(kReach - offset, ' '));
             this->bytes(std::string(offset, '1') + sequence);
         }
         for (const auto& unit : units) {
-            this->units(Text(offset, u'1') + unit + Text(40 - offset, u' '));
+            this->units(Text(offset, u'1') + unit + Text(kReach - offset, u' '));
             this->units(Text(offset, u'1') + unit);
         }
     }
