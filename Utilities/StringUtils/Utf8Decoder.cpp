@@ -1,4 +1,6 @@
 // UTF-8 -> UTF-16 half of the transcoder.
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -12,9 +14,11 @@ namespace {
 bool isContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
 // Decodes the one UTF-8 sequence at p (p < end) into out; returns the position
-// after it.
+// after it. Inlined into each loop, which keeps out in a register.
 template <typename T>
-const unsigned char* decodeSequence(const unsigned char* p, const unsigned char* end, T*& out) {
+[[gnu::always_inline]] inline const unsigned char* decodeSequence(const unsigned char* p,
+                                                                  const unsigned char* end,
+                                                                  T*& out) {
     const std::uint32_t lead = p[0];
     if (lead < 0x80) {
         *out++ = static_cast<T>(lead);
@@ -55,6 +59,85 @@ const unsigned char* decodeSequence(const unsigned char* p, const unsigned char*
     return p + 4;
 }
 
+inline constexpr std::uint64_t kTopBits = 0x8080808080808080ULL;
+
+// The k-th 8-byte word at p, its first byte lowest.
+inline std::uint64_t wordAt(const unsigned char* p, int k) {
+    std::uint64_t word;
+    std::memcpy(&word, p + 8 * k, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) {
+        word = __builtin_bswap64(word);
+    }
+    return word;
+}
+
+// True when the 64 bytes at p are all ASCII.
+inline bool asciiLook(const unsigned char* p) {
+    std::uint64_t any = 0;
+    for (int k = 0; k < 8; ++k) {
+        any |= wordAt(p, k);
+    }
+    return (any & kTopBits) == 0;
+}
+
+// Bit i set when byte i of the 64 at p is not ASCII: each word's top bits are
+// gathered into one byte by a multiplication.
+inline std::uint64_t nonAsciiBytes(const unsigned char* p) {
+    constexpr std::uint64_t kGather = 0x0002040810204081ULL;
+    std::uint64_t mask = 0;
+    for (int k = 0; k < 8; ++k) {
+        mask |= (((wordAt(p, k) & kTopBits) * kGather) >> 56) << (8 * k);
+    }
+    return mask;
+}
+
+// Widens the count ASCII bytes at from (at most 64) to units at out, 32 at a
+// time; out has room for 64 more units and 64 bytes at from are readable.
+template <typename T>
+void widenAscii(const unsigned char* from, std::ptrdiff_t count, T*& out) {
+    widenSixteen(from, out);
+    widenSixteen(from + 16, out + 16);
+    if (count > 32) {
+        widenSixteen(from + 32, out + 32);
+        widenSixteen(from + 48, out + 48);
+    }
+    out += count;
+}
+
+// Decodes 64-byte looks into out while at least 128 bytes remain and out has
+// room for a step; returns the new input position. A mask of a look's non-ASCII
+// bytes gives the next sequence's position at once, and the ASCII before it is
+// widened 32 bytes at a time, so no branch depends on the length of an ASCII
+// run: on mixed text those lengths vary too much to be predicted.
+template <typename T>
+const unsigned char* decodeLooks(const unsigned char* p, const unsigned char* end, T*& out,
+                                 const T* full) {
+    while (end - p >= 128 && out <= full) {
+        if (asciiLook(p)) {
+            widenAscii(p, 64, out);
+            p += 64;
+            continue;
+        }
+        const unsigned char* from = p;  // after the last sequence decoded
+        for (std::uint64_t pending = nonAsciiBytes(p); pending != 0;) {
+            const unsigned char* const sequence = p + std::countr_zero(pending);
+            widenAscii(from, sequence - from, out);
+            from = decodeSequence(sequence, end, out);
+            while (*from >= 0x80 && from < p + 64) {
+                from = decodeSequence(from, end, out);
+            }
+            const std::ptrdiff_t done = from - p;
+            pending = done < 64 ? pending & (~0ULL << done) : 0;
+        }
+        if (from < p + 64) {
+            widenAscii(from, p + 64 - from, out);
+            from = p + 64;
+        }
+        p = from;
+    }
+    return p;
+}
+
 // Decodes into out while at least 16 bytes remain and out has room for a step.
 // Sixteen bytes are widened at once; where they hold a non-ASCII byte, only the
 // ASCII bytes before it are kept, and the run of non-ASCII sequences from there
@@ -89,6 +172,11 @@ std::basic_string<T> fromUtf8(std::string_view text) {
     auto result = convertInBlocks<T>(
         begin, end, text.size(),
         [end](const unsigned char* p, T*& out, const T* full) {
+            // Wide units keep the sixteen-byte steps: widening 32 units of four bytes
+            // before each sequence costs more than the looks save.
+            if constexpr (sizeof(T) == 2) {
+                p = decodeLooks(p, end, out, full);
+            }
             return decodeBulk(p, end, out, full);
         },
         [end](const unsigned char* p, T*& out) { return decodeSequence(p, end, out); });
