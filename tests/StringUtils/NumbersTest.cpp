@@ -1,8 +1,10 @@
 // Number parsing and formatting.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cfloat>
+#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -106,6 +108,20 @@ std::string printfG(float value) {
 TEST(Numbers, Formatting) {
     EXPECT_EQ(toQuillString(INT_MIN), "-2147483648");
     EXPECT_EQ(uint64ToQuillString(ULLONG_MAX), "18446744073709551615");
+    // Integers at each change of their digit count, against std::to_chars.
+    const auto chars = [](auto value) {
+        char text[24];
+        return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+    };
+    for (unsigned long long power = 1; power != 0;
+         power = power > ULLONG_MAX / 10 ? 0 : power * 10) {
+        for (const unsigned long long value : {power - 1, power, power + 1}) {
+            EXPECT_EQ(uint64ToQuillString(value), chars(value));
+            const int small = static_cast<int>(std::min<unsigned long long>(value, INT_MAX));
+            EXPECT_EQ(toQuillString(small), chars(small));
+            EXPECT_EQ(toQuillString(-small), chars(-small));
+        }
+    }
     EXPECT_EQ(fromBool(false), "false");
     EXPECT_EQ(trueValue(), "True");
     // clang-format off
