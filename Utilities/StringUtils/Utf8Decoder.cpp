@@ -172,11 +172,7 @@ std::basic_string<T> fromUtf8(std::string_view text) {
     auto result = convertInBlocks<T>(
         begin, end, text.size(),
         [end](const unsigned char* p, T*& out, const T* full) {
-            // Wide units keep the sixteen-byte steps: widening 32 units of four bytes
-            // before each sequence costs more than the looks save.
-            if constexpr (sizeof(T) == 2) {
-                p = decodeLooks(p, end, out, full);
-            }
+            p = decodeLooks(p, end, out, full);
             return decodeBulk(p, end, out, full);
         },
         [end](const unsigned char* p, T*& out) { return decodeSequence(p, end, out); });
