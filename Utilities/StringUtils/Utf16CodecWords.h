@@ -125,18 +125,21 @@ typedef std::uint32_t Wides16 __attribute__((vector_size(64)));
 template <typename T>
 using Units16 = std::conditional_t<sizeof(T) == 2, Halves16, Wides16>;
 
+// The top bits of a word's eight bytes gathered into its low byte, the top bit
+// of its lowest byte as bit 0, by one multiplication.
+inline std::uint32_t gatherTopBits(std::uint64_t word) {
+    constexpr std::uint64_t kTops = 0x8080808080808080ULL;
+    constexpr std::uint64_t kGather = 0x0002040810204081ULL;
+    return static_cast<std::uint32_t>(((word & kTops) * kGather) >> 56);
+}
+
 // A 16-bit mask with bit i set when flag byte i (in memory order) is not zero.
 // Branch-free where the target is little-endian: the top bit of each flag byte
-// is set when the byte is not zero, and the top bits of a word are gathered
-// into its top byte by a multiplication.
+// is set when the byte is not zero, then gathered.
 inline std::uint32_t flagMask(const Bytes16& flags) {
     if constexpr (std::endian::native == std::endian::little) {
         const auto words = reinterpret_cast<Words2>((flags + 0x7F) | flags);
-        constexpr std::uint64_t kTops = 0x8080808080808080ULL;
-        constexpr std::uint64_t kGather = 0x0002040810204081ULL;
-        const auto low = static_cast<std::uint32_t>(((words[0] & kTops) * kGather) >> 56);
-        const auto high = static_cast<std::uint32_t>(((words[1] & kTops) * kGather) >> 56);
-        return low | (high << 8);
+        return gatherTopBits(words[0]) | (gatherTopBits(words[1]) << 8);
     } else {
         std::uint32_t mask = 0;
         for (int i = 0; i < 16; ++i) {

@@ -59,8 +59,6 @@ template <typename T>
     return p + 4;
 }
 
-inline constexpr std::uint64_t kTopBits = 0x8080808080808080ULL;
-
 // The k-th 8-byte word at p, its first byte lowest.
 inline std::uint64_t wordAt(const unsigned char* p, int k) {
     std::uint64_t word;
@@ -77,16 +75,14 @@ inline bool asciiLook(const unsigned char* p) {
     for (int k = 0; k < 8; ++k) {
         any |= wordAt(p, k);
     }
-    return (any & kTopBits) == 0;
+    return gatherTopBits(any) == 0;
 }
 
-// Bit i set when byte i of the 64 at p is not ASCII: each word's top bits are
-// gathered into one byte by a multiplication.
+// Bit i set when byte i of the 64 at p is not ASCII.
 inline std::uint64_t nonAsciiBytes(const unsigned char* p) {
-    constexpr std::uint64_t kGather = 0x0002040810204081ULL;
     std::uint64_t mask = 0;
     for (int k = 0; k < 8; ++k) {
-        mask |= (((wordAt(p, k) & kTopBits) * kGather) >> 56) << (8 * k);
+        mask |= std::uint64_t{gatherTopBits(wordAt(p, k))} << (8 * k);
     }
     return mask;
 }
@@ -108,7 +104,11 @@ void widenAscii(const unsigned char* from, std::ptrdiff_t count, T*& out) {
 // room for a step; returns the new input position. A mask of a look's non-ASCII
 // bytes gives the next sequence's position at once, and the ASCII before it is
 // widened 32 bytes at a time, so no branch depends on the length of an ASCII
-// run: on mixed text those lengths vary too much to be predicted.
+// run: on mixed text those lengths vary too much to be predicted. A run of
+// sequences (as in CJK text) is decoded without going back to the mask, and a
+// look after a sequence that crosses its end starts where that sequence ends.
+// A look writes at most 67 units and 64 spare ones past them, within the room
+// a block keeps for a step.
 template <typename T>
 const unsigned char* decodeLooks(const unsigned char* p, const unsigned char* end, T*& out,
                                  const T* full) {
