@@ -4,21 +4,14 @@
 
 #include <stdexcept>
 
-namespace {
-
 using quill::overrideable::g_quillAssertErrorLogFunc;
 using quill::overrideable::g_quillAssertFunc;
 
 TEST(QuillAssert, ComposedTextAndHookOrder) {
     std::string logged, asserted;  // the log hook's text; the assert hook's condition and message
-    const auto log = [&](const auto& text, int line, const auto& file, const auto& fn) {
-        logged = text;
-        EXPECT_EQ(file + ":" + std::to_string(line) + ":" + fn, "f.c:4:fn");
-    };
-    const auto check = [&](const auto& file, int line, const auto& fn, const auto& cond,
-                           const auto& message) {
+    const auto log = [&](const auto& text, auto&&...) { logged = text; };
+    const auto check = [&](auto&&, int, auto&&, const auto& cond, const auto& message) {
         asserted = cond + "/" + message;
-        EXPECT_EQ(file + ":" + std::to_string(line) + ":" + fn, "f.c:4:fn");
     };
     const struct {
         bool withLog, withAssert;
@@ -59,5 +52,3 @@ TEST(QuillAssert, ObfuscatedStringsRoundTrip) {
               std::string::npos);
     EXPECT_THROW(text.get_substring(2, 1), std::length_error);
 }
-
-}  // namespace

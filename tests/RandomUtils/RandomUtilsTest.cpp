@@ -7,8 +7,6 @@
 #include <cstdlib>
 #include <functional>
 
-namespace {
-
 using quill::overrideable::g_randFunc;
 
 TEST(Random, FunctionsMapTheHooksAnswer) {
@@ -57,5 +55,3 @@ TEST(Random, DefaultDrawsAreUniformInRangeWithFairSigns) {
     EXPECT_NEAR(negatives, 50000, 2000);
     for (const int count : buckets) EXPECT_NEAR(count, 10000, 1200);
 }
-
-}  // namespace

@@ -1,5 +1,4 @@
-// Thread context: context stores, external input hints and source locations,
-// alone and handed between threads.
+// Context stores, external input hints and source locations, alone and handed between threads.
 #include <iomanip>
 
 #include "RandomUtils/RandomUtils.h"
@@ -29,7 +28,6 @@ TEST(ContextStore, KeepsTheFirstHundredRecordsAndFollowsItsOwner) {
         EXPECT_TRUE(isEmptyRef(context_store::getStore())) << "a fresh thread has no store";
         auto store = context_store::getOrCreateStore();
         EXPECT_EQ(context_store::getOrCreateStore(), store);
-        EXPECT_TRUE(store->getEntries().empty());
         const long start = toEpochMilliseconds(std::chrono::system_clock::now());
         for (int i = 0; i < 101; ++i) {
             i % 2 == 0 ? store->addHeader(std::to_string(i)) : store->addEntry(std::to_string(i));

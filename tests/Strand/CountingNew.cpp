@@ -1,6 +1,5 @@
-// Counts each thread's allocations through the global operator new, and can
-// run a hook inside the next one; a file of its own, so that no compiler ever
-// sees a test's new beside this free().
+// Counts each thread's allocations through operator new, and can run a hook inside the next;
+// alone in its file, so no compiler sees a test's new beside this free().
 #include <cstddef>
 #include <cstdlib>
 #include <new>

@@ -12,15 +12,6 @@ using quill::source::location;
 using Strand::ScopedThreadName;
 using Strand::ScopedThreadNotifications;
 
-// A listener that runs the given actions.
-struct Listener : Strand::IScopedThreadCallback {
-    explicit Listener(std::function<void()> start, std::function<void()> end = nullptr)
-        : started(std::move(start)), ended(std::move(end)) {}
-    void onStarted() override { started(); }
-    void onEnded() override { ended ? ended() : void(); }
-    std::function<void()> started, ended;
-};
-
 // Appends "<tag>+ " and "<tag>- " to log (notified from one thread at a time).
 std::shared_ptr<Listener> recorder(std::string& log, const std::string& tag) {
     return std::make_shared<Listener>([&log, tag] { log += tag + "+ "; },
@@ -110,14 +101,12 @@ TEST(ScopedThreadNotifications, RegisterUnregisterAndFireFromManyThreads) {
 
 std::atomic<int> gForkStage{0};  // 1 registry held, 2 forking, 3 in fork's prepare handlers
 
-// One thread is inside the registry's hold (allocating the copy of the list)
-// when another forks: the child must still register, fire and name threads.
+// A thread holds the registry (allocating its copy) as another forks: the child still works.
 TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
     std::string log;
     const auto listener = recorder(log, "p");
     ScopedThreadName::registerCallback(listener);
-    // Registered after the library's, so it runs before the library's handler
-    // waits for the hold: the holder lets go only once the fork is under way.
+    // Runs before the library's handler waits for the hold, so the holder lets go mid-fork.
     static const bool installed = pthread_atfork([] {
         if (gForkStage.load() == 2) (gForkStage.store(3), gForkStage.notify_all());
     }, nullptr, nullptr) == 0;

@@ -1,5 +1,4 @@
-// Threads that end, or leave, while library code is on their stack; each case
-// runs in a child process with a time limit, so an abort or a hang fails only it.
+// Threads that end, or leave, while library code is on their stack (each in a child process).
 #include <csetjmp>
 
 #include "Strand/ExecuteOnThread.h"
@@ -9,10 +8,8 @@ namespace {
 
 using Strand::executeOnThread;
 
-// A POSIX thread that announces its numeric id, then waits in pause(), a
-// cancellation point inside which glibc turns asynchronous cancellation on. A
-// call that jumps to resume ends it (savemask 0: SIGUSR1 stays blocked, as in
-// the handler).
+// Announces its tid, then waits in pause(), where glibc turns asynchronous cancellation on; a
+// call that jumps to resume ends it (SIGUSR1 stays blocked, as in the handler).
 struct PausingThread {
     pthread_t handle{};
     std::atomic<int> tid{0};
@@ -22,9 +19,7 @@ struct PausingThread {
         pthread_create(&handle, nullptr, &PausingThread::main, this);
         while (tid.load() == 0) std::this_thread::yield();
     }
-    Strand::ThreadId id() const {
-        return Strand::ThreadId{handle, tid.load(), static_cast<unsigned>(tid.load())};
-    }
+    Strand::ThreadId id() const { return {handle, tid.load(), static_cast<unsigned>(tid.load())}; }
     // What the thread ended with: PTHREAD_CANCELED, or what it passed to pthread_exit.
     void* join() const {
         void* result = nullptr;
@@ -93,20 +88,6 @@ TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     }), "ok");
 }
 
-// A listener that waits in a cancellation point in onStarted or in onEnded.
-struct BlockingListener : Strand::IScopedThreadCallback {
-    explicit BlockingListener(bool blockInStarted) : inStarted(blockInStarted) {}
-    void onStarted() override { block(inStarted); }
-    void onEnded() override { block(!inStarted); }
-    void block(bool now) {
-        if (!now) return;
-        blocking.store(true);
-        for (;;) usleep(1000);
-    }
-    const bool inStarted;
-    std::atomic<bool> blocking{false};
-};
-
 struct ScopeCase {
     const char* name;
     bool blockInStarted;
@@ -135,11 +116,17 @@ TEST(ThreadEnding, CancellingAThreadInsideAScopeListenerEndsItCleanly) {
     for (const ScopeCase& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(inChildProcess(20, [&c] {
-            const auto listener = std::make_shared<BlockingListener>(c.blockInStarted);
+            std::atomic<bool> blocking{false};
+            const std::function<void()> pass = [] {}, block = [&blocking] {
+                blocking.store(true);
+                for (;;) usleep(1000);  // a cancellation point
+            };
+            const auto listener = std::make_shared<Listener>(c.blockInStarted ? block : pass,
+                                                             c.blockInStarted ? pass : block);
             Strand::ScopedThreadName::registerCallback(listener);
             pthread_t thread{};
             pthread_create(&thread, nullptr, &openScope, const_cast<ScopeCase*>(&c));
-            while (!listener->blocking.load()) std::this_thread::yield();
+            while (!blocking.load()) std::this_thread::yield();
             pthread_cancel(thread);
             void* result = nullptr;
             pthread_join(thread, &result);

@@ -6,11 +6,6 @@
 
 namespace {
 
-bool isListed(const Strand::ThreadId& id) {
-    const auto ids = Strand::getThreadIds();
-    return std::find(ids.begin(), ids.end(), id) != ids.end();
-}
-
 TEST(ThreadId, CallerIsListedAndIdTexts) {
     const Strand::ThreadId self = Strand::getThreadId();
     EXPECT_EQ(Strand::getPrimaryThreadId(), std::get<2>(self)) << "the kernel handle, element 3";
@@ -33,8 +28,7 @@ TEST(ThreadId, EndedThreadsFreeTheirRegistrySlot) {
     EXPECT_TRUE(isListed(ParkedThread().id())) << "after more threads than the registry holds";
 }
 
-// Far more threads alive at once than a fixed table would hold: every one is
-// listed with its handle, and a name given on the last one reads back whole.
+// More live threads than a fixed table holds: all listed with handles, the last one's name whole.
 TEST(ThreadId, ThousandsOfLiveThreadsKeepHandlesAndNames) {
 #ifdef STRAND_TEST_UNDER_TSAN
     GTEST_SKIP() << "ThreadSanitizer makes each thread creation cost as much as all live threads";

@@ -17,9 +17,8 @@ namespace {
 
 using namespace StringUtils;
 
-// A byte-order mark stays, and a NUL element converts like any other except in the pointer
-// forms, which stop at it. Errors leave the shared converters usable (the malformed classes are
-// covered by the differential test below). Narrow to narrow keeps the bytes, valid UTF-8 or not.
+// A byte-order mark stays; a NUL converts except in the pointer forms; errors leave the shared
+// converters usable; narrow to narrow keeps the bytes, valid UTF-8 or not.
 TEST(Encoding, Wrappers) {
     const std::string utf8("\xEF\xBB\xBF\x61\xC3\xA9\0\xF0\x9F\x98\x80", 11),
         head = utf8.substr(0, 6);
@@ -50,13 +49,8 @@ TEST(Encoding, SharedConverterServesManyThreads) {
     EXPECT_EQ(mismatches, 0);
 }
 
-// Our transcoder against the standard library's deprecated UTF-8/UTF-16 facet. They agree on every
-// input except where the facet is knowingly lax (libstdc++'s is, libc++'s is not) and ours rejects:
-// a surrogate encoded in UTF-8 (ED A0 80 gives a lone 0xD800), a UTF-8 sequence cut off at the end
-// of the input (dropped, even when the bytes after its lead are no continuation bytes), and a high
-// surrogate as the last UTF-16 element (dropped). Only the exception type is compared; ours must
-// carry our own texts.
-
+// Against the standard UTF-8/UTF-16 facet, which is lax (libstdc++'s) where ours rejects: an
+// encoded surrogate, a sequence cut off at the end, a high surrogate as the last element.
 template <typename T>
 using Reference =
     std::wstring_convert<std::codecvt_utf8_utf16<T, 0x10FFFF, std::codecvt_mode{}>, T>;
@@ -91,8 +85,7 @@ protected:
     Reference<T> reference;
     int departures = 0;
 
-    // Our result must equal the reference's, except at a known departure, where we reject (counted
-    // when the reference accepts); our rejections carry our texts.
+    // Equal to the reference's result, except at a known departure, where ours rejects.
     template <typename Text, typename Convert>
     void agree(const Text& text, Convert convert, const char* ourText, bool lax) {
         const auto expected = attempt([&] { return convert(reference); }).first;
@@ -130,8 +123,7 @@ const std::string kPieces[] = {"a", "word ", "\xC3\xA9", "\xDF\xBF", "\xE4\xB8\x
 using CodeUnitTypes = testing::Types<char16_t, wchar_t>;
 TYPED_TEST_SUITE(Utf16Differential, CodeUnitTypes);
 
-// Every one- and two-byte text, three- and four-byte ones of every lead and second byte with edge
-// bytes after them, and triples of edge units (those that start with NUL cover the pairs).
+// Every one- and two-byte text, longer ones of every first two bytes, triples of edge units.
 TYPED_TEST(Utf16Differential, ShortInputs) {
     const char edges[] = "\x41\x7F\x80\x8F\x90\x9F\xA0\xBF\xC0\xC2\xE0\xF0\xFF";  // and its NUL
     for (int first = 0; first < 256; ++first) {
@@ -151,8 +143,7 @@ TYPED_TEST(Utf16Differential, ShortInputs) {
     const auto unit = [](long value) { return static_cast<TypeParam>(value); };
     std::vector<long> edgeUnits = {0,      0x7F,   0x80,   0x7FF,  0x800,  0xD7FF,
                                    0xD800, 0xDBFF, 0xDC00, 0xDFFF, 0xE000, 0xFFFF};
-    // Elements above 0xFFFF are left to the platform: libstdc++'s facet reads them as code points,
-    // as ours does; libc++'s cuts them to 16 bits, so they are compared only against the former.
+    // Elements above 0xFFFF only against a facet that reads them as code points (not libc++'s).
     if constexpr (sizeof(TypeParam) == 4)
         if (attempt([&] { return this->reference.to_bytes(Text{unit(0x10000)}); }).first ==
             "\xF0\x90\x80\x80")
@@ -160,22 +151,18 @@ TYPED_TEST(Utf16Differential, ShortInputs) {
     for (const long a : edgeUnits)
         for (const long b : edgeUnits)
             for (const long c : edgeUnits) this->units(Text{unit(a), unit(b), unit(c)});
-    // All three kinds occur against a lax reference (libstdc++'s); libc++'s facet rejects them too.
     const bool laxReference =
         attempt([this] { return this->reference.from_bytes("\xED\xA0\x80"); }).first.has_value();
     EXPECT_EQ(this->departures > 0, laxReference);
 }
 
-// Each class at every offset of ASCII text longer than the transcoder's widest step, so that it
-// lands in every lane of the word-at-a-time paths, and at the very end (digits and spaces differ
-// from continuation bytes in the top bit only); then random long texts that cross its internal
-// blocks, every other one damaged at one random element.
+// Each class at every offset of ASCII text past the widest step, so it lands in every lane, then
+// long random texts across the internal blocks, every other one damaged at one element.
 TYPED_TEST(Utf16Differential, LongInputs) {
     using Text = std::basic_string<TypeParam>;
     const Text units[] = {{0x80},   {0x7FF},  {0x800},          {0xFFFF},       {0xD83D, 0xDE00},
                           {0xD800}, {0xDC00}, {0xDC00, 0xD800}, {0xD800, 0x41}, {0xDBFF, 0xDFFF}};
-    // Past two of the encoder's 64-unit looks and their 32-unit copies.
-    constexpr size_t kReach = 136;
+    constexpr size_t kReach = 136;  // past two of the encoder's 64-unit looks
     for (size_t offset = 0; offset <= kReach; ++offset) {
         for (const std::string sequence : kSequences) {
             this->bytes(std::string(offset, '1') + sequence + std::string(kReach - offset, ' '));

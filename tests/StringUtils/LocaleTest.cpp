@@ -1,14 +1,10 @@
-// What the process's global locale reaches: the stream formatters, std::stod and
-// the byte-wise case functions follow it; every other function gives the same
-// result in every locale (the fuzz targets check the parsers, validators and
-// cleaners on any text in a non-C locale).
+// The stream formatters, std::stod and the byte-wise case functions follow the global locale;
+// every other function gives the same result in every locale.
 #include <gtest/gtest.h>
 
 #include <cctype>
 #include <functional>
 #include <locale>
-#include <sstream>
-#include <type_traits>
 
 #include "StringUtils/StringUtils.h"
 #include "TestLocale.h"
@@ -24,22 +20,10 @@ struct Probe {
     std::function<std::string()> run;
 };
 
-// The value in the classic locale, so that only the library's own use of the
-// global locale can make two results differ.
-template <typename T>
-std::string shown(const T& value) {
-    if constexpr (std::is_arithmetic_v<T>) {
-        std::ostringstream out;
-        out.imbue(std::locale::classic());
-        out << std::boolalpha << value;
-        return out.str();
-    } else {
-        return testing::PrintToString(value);
-    }
-}
+// Bools and texts, which GoogleTest shows alike in every locale (no number is shown here).
+std::string shown(const auto& value) { return testing::PrintToString(value); }
 
-// Capital I and lower-case i are where a Turkish locale differs from ASCII;
-// de_DE differs in digit grouping and the decimal comma.
+// Turkish differs from ASCII in I and i; German in digit grouping and the decimal comma.
 const Probe kLocaleFree[] = {
     {"sanatizeStatusString",
      [] { return sanatizeStatusString("a<SCRIPT>b<IMG SRC=x><HTML><A HREF=y>\tc"); }},
@@ -68,9 +52,7 @@ TEST(Locale, OtherFunctionsIgnoreTheLocale) {
     }
 }
 
-// The byte-wise case functions map each byte through the platform's toupper and
-// tolower under the current locale, so under tr_TR.UTF-8 the letter i need not
-// have an ASCII capital (glibc leaves i and I alone).
+// Each byte through toupper/tolower: under tr_TR.UTF-8 i need not have an ASCII capital.
 TEST(Locale, ByteWiseCaseFollowsTheLocale) {
     const ScopedGlobalLocale locale("tr_TR.UTF-8");
     if (!locale.active()) GTEST_SKIP() << "tr_TR.UTF-8 could not be loaded or built";
@@ -83,8 +65,6 @@ TEST(Locale, ByteWiseCaseFollowsTheLocale) {
     EXPECT_TRUE(findSubStringCaseInsensitive("FOLDER", "folder"));
 }
 
-// Stream formatters group digits and write the locale's decimal separator;
-// toDouble reads the locale's decimal separator.
 TEST(Locale, NumbersFollowTheLocale) {
     const ScopedGlobalLocale locale("de_DE.UTF-8");
     if (!locale.active()) GTEST_SKIP() << "de_DE.UTF-8 could not be loaded or built";

@@ -7,8 +7,6 @@
 #include <regex>
 #include <stdexcept>
 
-namespace {
-
 using namespace StringUtils;
 using namespace std::string_view_literals;
 using checks::expectVerdicts;
@@ -74,5 +72,3 @@ TEST(PhoneNumbers, Cleaners) {
     const std::string keys = "22233344455566677778889999";
     EXPECT_EQ(convertPhonewordToPhoneNumber("(1)-" + letters), "(1)-" + keys + keys);
 }
-
-}  // namespace

@@ -42,8 +42,8 @@ TEST(Text, Trim) {
     EXPECT_FALSE(isSpace('\xA0') || isSpace(wchar_t{0x2003}) || containsWhiteSpace(""));
 }
 
-// Byte-wise and element-wise mappings change ASCII letters only; the locale-aware ones use the
-// user's locale from the environment, or fall back to the element-wise mapping for an unknown one.
+// Byte- and element-wise mappings change ASCII letters only; the locale-aware ones use the
+// environment's locale, or the element-wise mapping for an unknown one.
 TEST(Text, Case) {
     EXPECT_EQ(toLower("Hello, World @[`{ \xC3\x89t"), "hello, world @[`{ \xC3\x89t");
     EXPECT_EQ(toUpper("Hello, World @[`{ \xC3\xA9t"), "HELLO, WORLD @[`{ \xC3\xA9T");
@@ -93,18 +93,13 @@ TEST(Text, Search) {
     EXPECT_EQ(replaceLastOccurrence("...", '.', '\0'), std::string("..\0", 3));
 }
 
-// The case-blind search in long texts: a match anywhere in a sixteen-byte block or in the
-// short tail, letters of either case, non-letters compared exactly (@ and ` differ only in the
-// bit that tells a letter's case), and a long near-miss pattern over a text of its first letter,
-// whose checks grow costly.
+// Matches in a 16-byte block or the tail; @ and ` differ only in the case bit; a costly near-miss.
 TEST(Text, CaseInsensitiveSearchInLongTexts) {
-    struct Case {
-        std::string text;
-        std::string sub;
-        bool found;
-    };
     const std::string filler(100, 'x');
-    const Case cases[] = {
+    const struct {
+        std::string text, sub;
+        bool found;
+    } cases[] = {
         {filler.substr(0, 37) + "NEEDLE", "needle", true},
         {filler + "needlf" + filler, "NEEDLE", false},
         {filler + "a`b" + filler, "A@B", false},
@@ -112,14 +107,13 @@ TEST(Text, CaseInsensitiveSearchInLongTexts) {
         {std::string(4096, 'a'), std::string(300, 'A') + "b", false},
         {std::string(4096, 'a') + std::string(299, 'a') + "B", std::string(300, 'A') + "b", true},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.sub.substr(0, 16));
         EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.found);
     }
 }
 
-// Occurrences formed by an erasure go too (random texts: PatternSearchTest); an empty sub leaves
-// the text unchanged.
+// Occurrences formed by an erasure go too; an empty sub changes nothing.
 TEST(Text, EraseSubString) {
     std::string runs = std::string(500, 'a') + std::string(500, 'b') + "!", text = "abc";
     eraseSubString(runs, "ab");
@@ -128,8 +122,7 @@ TEST(Text, EraseSubString) {
     EXPECT_EQ(text, "abc");
 }
 
-// By characters: a cut-off sequence at the end counts as one, any other invalid byte makes the
-// result empty. By markers: the first start marker, then the end marker after it, or the rest.
+// A cut-off sequence at the end counts as a character, any other invalid byte empties the result.
 TEST(Text, Substr) {
     const std::string aeb = "a\xC3\xA9!";  // 3 characters
     // clang-format off
@@ -158,8 +151,7 @@ TEST(Text, Substr) {
     }
 }
 
-// copy writes all or nothing, NUL-filling the rest of the buffer; copyn truncates. Neither
-// writes at or beyond size.
+// copy writes all or nothing, NUL-filling the rest; copyn truncates; neither writes past size.
 TEST(Text, CopyIntoBuffers) {
     const struct {
         const char* source;

@@ -1,7 +1,4 @@
-// The Apple layer on the Darwin emulation, in what only a fault of the system
-// shows: an ended, unjoined thread whose port name a live thread has taken, a
-// semaphore the system refused, and a send from inside the handler while the
-// interrupted thread holds libpthread's list lock.
+// The Apple layer on the Darwin emulation, in what only a fault of the system shows.
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -60,8 +57,7 @@ TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
     emu::setPortGenerations(64);
 }
 
-// Without a semaphore the caller sleeps while the target runs: it never spins
-// on a semaphore name that denotes nothing.
+// Without a semaphore the caller sleeps while the target runs, never spinning on a dead name.
 TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
     emu::injectFault(emu::Fault::SemaphoreCreateFails, -1);
     const std::string child = inChildProcess(30, [] {  // a fork child makes its own
@@ -81,9 +77,7 @@ TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
     EXPECT_EQ(child, "ok");
 }
 
-// The handler interrupts a thread inside libpthread's list lock (which
-// pthread_kill takes) and the function it runs sends again: refused on this
-// platform, never a recursive lock.
+// A send from a handler that interrupted libpthread's list lock is refused, never a recursive lock.
 TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
     const std::string child = inChildProcess(30, [] {
         struct Holder {
@@ -117,8 +111,7 @@ TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
     EXPECT_EQ(child, "ok");
 }
 
-// Each refusal of the system ends in the documented empty result, and leaves
-// no port reference or array behind (the accounting checks that at exit).
+// Each refusal gives the documented empty result and leaks no port reference or array.
 TEST(AppleLayer, RefusalsOfTheSystemGiveEmptyResults) {
     ParkedThread worker;
     worker.run([] { emu::markCallingThreadAsDispatchWorker(); });

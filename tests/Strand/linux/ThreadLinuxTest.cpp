@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 #include "Strand/linux/ThreadRegistry.h"
 #include "TestSupport.h"
@@ -23,9 +24,6 @@ std::set<int> procTasks() {
 }
 
 TEST(ThreadLinux, ListingMatchesProcTask) {
-    const int tid = static_cast<int>(syscall(SYS_gettid));
-    EXPECT_EQ(Strand::getThreadId(), Strand::ThreadId(pthread_self(), tid, tid));
-    EXPECT_EQ(Strand::getThreadIdString(), std::to_string(tid));
     const ParkedThread seen[3], unseen[2] = {ParkedThread(false), ParkedThread(false)};
     const std::vector<Strand::ThreadId> listed = Strand::getThreadIds();
     std::map<int, Strand::ThreadId> byTid;
@@ -78,16 +76,15 @@ void preferNextTid(int tid) {
 
 pthread_key_t gLateKey;
 
-// Gives the calling thread an empty robust-mutex list of its own, as other runtimes
-// do: the kernel then marks none of the C library's robust mutexes at its end.
+// An empty robust-mutex list of its own, as other runtimes have: the kernel marks none of libc's.
 void replaceRobustList() {
     thread_local robust_list_head head{};
     head.list.next = &head.list;
     syscall(SYS_set_robust_list, &head, sizeof head);
 }
 
-// The first holder of a TID names itself and ends; a new thread with the same
-// 15-byte kernel name gets the TID, and must not read back that name or handle.
+// A TID's first holder names itself and ends; a new holder with the same 15-byte kernel name
+// must not read back that name or handle.
 TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
     const struct {
         const char* name;
@@ -117,35 +114,21 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
             }
             for (int attempt = 0; attempt < 200000; ++attempt) {
                 preferNextTid(endedTid);
-                std::atomic<int> tid{0};
-                std::atomic<bool> checked{false};
-                std::thread next([&] {  // never asks the library anything itself
-                    tid.store(Strand::gettid());
-                    while (!checked.load()) std::this_thread::yield();
-                });
-                while (tid.load() == 0) std::this_thread::yield();
-                if (tid.load() != endedTid) {
-                    checked.store(true);
-                    next.join();
-                    continue;
-                }
+                const ParkedThread next(false);  // never asks the library anything itself
+                if (std::get<1>(next.id()) != endedTid) continue;
                 const Strand::ThreadId byTid{0, endedTid, static_cast<unsigned>(endedTid)};
-                const std::string name = Strand::getThreadName(byTid);
                 pthread_t listedHandle = 1;
                 for (const auto& id : Strand::getThreadIds()) {
                     if (std::get<1>(id) == endedTid) listedHandle = std::get<0>(id);
                 }
-                checked.store(true);
-                next.join();
-                return name == "worker-pool-abc" && listedHandle == 0;
+                return Strand::getThreadName(byTid) == "worker-pool-abc" && listedHandle == 0;
             }
             return false;
         }), "ok");
     }
 }
 
-// A handler asking for the identity during registration must not leave a second
-// record, which other threads would find first and read the name from.
+// A handler asking for the identity during registration must not leave a second record.
 TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     EXPECT_EQ(inChildProcess(120, [] {
         struct sigaction action {};
@@ -172,8 +155,7 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     }), "ok");
 }
 
-// The window the test above samples, made certain: a handler registered the thread
-// between its first call's look-up and that call's registration.
+// The test above's window made certain: a handler registers the thread inside its first call.
 TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
     const bool kept = onNewThread([] {
         struct sigaction action {}, previous {};
