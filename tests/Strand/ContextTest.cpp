@@ -1,6 +1,4 @@
 // Context stores, external input hints and source locations, alone and handed between threads.
-#include <iomanip>
-
 #include "RandomUtils/RandomUtils.h"
 #include "Strand/ContextHelpers.h"
 #include "TestSupport.h"
@@ -132,9 +130,6 @@ TEST(SourceLocation, TextIsFileNameLineFunctionAndHint) {
         {{"/src/Client.cpp", "connect", click, {}, 120},
          "Client.cpp:120:connect externalInputHint=click hint042017"},
         {{nullptr, "connect", nullptr, {}, 120}, ":120:connect"},
-        {{"src/", "f", nullptr, {}, 7}, ":7:f"},
-        {{"main.cpp", "f", nullptr, {}, 7}, "main.cpp:7:f"},
-        {{"d:\\src\\a.cpp", "f", nullptr, {}, 7}, "a.cpp:7:f"},
         {{"a.cpp", "f", std::make_shared<hint>("hint042017", ""), {}, 7}, "a.cpp:7:f"},
         {{"a.cpp", nullptr, nullptr, {}, 7}, "a.cpp:7:"},
         {location::current("a.cpp", -1, "f"), "a.cpp:4294967295:f"}};

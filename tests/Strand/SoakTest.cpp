@@ -1,8 +1,6 @@
 // Waves of thousands of live threads, short-lived threads, listeners and forks for
 // STRAND_SOAK_SECONDS (60); memory must end where it was after the first wave.
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
 
 #include "TestSupport.h"
 

@@ -93,6 +93,14 @@ inline bool isListed(const Strand::ThreadId& id) {
     return std::find(ids.begin(), ids.end(), id) != ids.end();
 }
 
+// Handles SIGUSR2 with handler; returns the action it replaced.
+inline struct sigaction handleSigusr2(void (*handler)(int)) {
+    struct sigaction action {}, previous {};
+    action.sa_handler = handler;
+    sigaction(SIGUSR2, &action, &previous);
+    return previous;
+}
+
 // Runs fn on a fresh thread and returns its result, so nothing leaks between cases.
 template <typename Fn>
 auto onNewThread(Fn fn) {

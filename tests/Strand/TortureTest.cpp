@@ -1,7 +1,5 @@
 // Traces, for STRAND_TORTURE_SECONDS, of busy threads that end, are cancelled and replaced.
-#include <cstdlib>
 #include <deque>
-#include <iostream>
 #include <optional>
 #include <random>
 

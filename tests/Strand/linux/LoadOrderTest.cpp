@@ -52,13 +52,11 @@ TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
         if (library == nullptr) return false;
         gGetThreadId = reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
         if (gGetThreadId == nullptr) return false;
-        struct sigaction action {};
-        action.sa_handler = [](int) {
+        handleSigusr2([](int) {
             tCounting = true;
             tSeenInHandler = gGetThreadId();
             tCounting = false;
-        };
-        sigaction(SIGUSR2, &action, nullptr);
+        });
         bool ok = true;
         for (int i = 0; i < 3; ++i) {  // threads that never touched the library before
             std::thread([&ok] {

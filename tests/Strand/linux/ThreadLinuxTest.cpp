@@ -5,7 +5,6 @@
 #include <sys/syscall.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <map>
 
 #include "Strand/linux/ThreadRegistry.h"
@@ -131,9 +130,7 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
 // A handler asking for the identity during registration must not leave a second record.
 TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     EXPECT_EQ(inChildProcess(120, [] {
-        struct sigaction action {};
-        action.sa_handler = [](int) { Strand::getThreadId(); };
-        sigaction(SIGUSR2, &action, nullptr);
+        handleSigusr2([](int) { Strand::getThreadId(); });
         int misread = 0;
         for (int round = 0; round < 500; ++round) {
             std::atomic<int> tid{0};
@@ -158,9 +155,7 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
 // The test above's window made certain: a handler registers the thread inside its first call.
 TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
     const bool kept = onNewThread([] {
-        struct sigaction action {}, previous {};
-        action.sa_handler = [](int) { Strand::getThreadId(); };
-        sigaction(SIGUSR2, &action, &previous);
+        const auto previous = handleSigusr2([](int) { Strand::getThreadId(); });
         raise(SIGUSR2);
         sigaction(SIGUSR2, &previous, nullptr);
         Strand::linux_layer::ThreadRecord* const handlers = Strand::linux_layer::currentRecord();
