@@ -24,40 +24,24 @@ TEST(CrossThreadFault, CapturesThatCallBackWhenDestroyedNeverHang) {
     }), "ok");
 }
 
-struct Announced {
-    Strand::ThreadId id{};
-    std::latch known{1};
-};
-
-// A thread that announces itself, then waits in cancellation points.
-void* waitInCancellationPoints(void* announced) {
-    auto& self = *static_cast<Announced*>(announced);
-    self.id = Strand::getThreadId();
-    self.known.count_down();
-    for (;;) pause();
-}
-
 TEST(CrossThreadFault, CancellingTheTargetDuringTheFunctionEndsItCleanly) {
     if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
     EXPECT_EQ(inChildProcess(10, [] {
-        Announced announced;
-        pthread_t target{};
-        pthread_create(&target, nullptr, &waitInCancellationPoints, &announced);
-        announced.known.wait();
+        PausingThread target(true);
         std::latch inFunction(1);
         std::atomic<bool> cancelled{false};
         std::thread caller([&] {
-            executeOnThread(announced.id, [&] {
+            executeOnThread(target.id(), [&] {
                 inFunction.count_down();
                 while (!cancelled) usleep(1000);  // a cancellation point
             });
         });
         inFunction.wait();
-        pthread_cancel(target);
+        pthread_cancel(target.handle);
         cancelled = true;
         caller.join();
-        pthread_join(target, nullptr);  // it can only end by the cancellation
-        const ParkedThread next;        // the library is not left locked
+        target.join();           // it can only end by the cancellation
+        const ParkedThread next;  // the library is not left locked
         return !Strand::getStackTrace({}, next.id()).empty();
     }), "ok");
 }

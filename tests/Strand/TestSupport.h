@@ -7,6 +7,7 @@
 #include <atomic>
 #include <climits>
 #include <condition_variable>
+#include <csetjmp>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
@@ -77,6 +78,39 @@ private:
             changed_.notify_all();
         }
     }};
+};
+
+// A POSIX thread that waits in pause(), where glibc turns asynchronous cancellation on, after
+// asking for its identity if known; a call that jumps to resume ends it (SIGUSR1 stays blocked).
+class PausingThread {
+public:
+    explicit PausingThread(bool known = false) : known_(known) {
+        pthread_create(&handle, nullptr, &PausingThread::main, this);
+        ready_.wait();
+    }
+    Strand::ThreadId id() const { return id_; }
+    // What the thread ended with: PTHREAD_CANCELED, or what it passed to pthread_exit.
+    void* join() const {
+        void* result = nullptr;
+        pthread_join(handle, &result);
+        return result;
+    }
+    pthread_t handle{};
+    sigjmp_buf resume;
+
+private:
+    static void* main(void* self) {
+        auto& thread = *static_cast<PausingThread*>(self);
+        if (sigsetjmp(thread.resume, 0) != 0) return nullptr;
+        const int tid = Strand::gettid();
+        const Strand::ThreadId byTid{pthread_self(), tid, static_cast<unsigned>(tid)};
+        thread.id_ = thread.known_ ? Strand::getThreadId() : byTid;
+        thread.ready_.count_down();
+        for (;;) pause();
+    }
+    const bool known_;
+    Strand::ThreadId id_{};
+    std::latch ready_{1};
 };
 
 // A scope listener that runs the given actions.

@@ -1,40 +1,10 @@
 // Threads that end, or leave, while library code is on their stack (each in a child process).
-#include <csetjmp>
-
 #include "Strand/ExecuteOnThread.h"
 #include "TestSupport.h"
 
 namespace {
 
 using Strand::executeOnThread;
-
-// Announces its tid, then waits in pause(), where glibc turns asynchronous cancellation on; a
-// call that jumps to resume ends it (SIGUSR1 stays blocked, as in the handler).
-struct PausingThread {
-    pthread_t handle{};
-    std::atomic<int> tid{0};
-    sigjmp_buf resume;
-
-    PausingThread() {
-        pthread_create(&handle, nullptr, &PausingThread::main, this);
-        while (tid.load() == 0) std::this_thread::yield();
-    }
-    Strand::ThreadId id() const { return {handle, tid.load(), static_cast<unsigned>(tid.load())}; }
-    // What the thread ended with: PTHREAD_CANCELED, or what it passed to pthread_exit.
-    void* join() const {
-        void* result = nullptr;
-        pthread_join(handle, &result);
-        return result;
-    }
-
-private:
-    static void* main(void* self) {
-        auto& thread = *static_cast<PausingThread*>(self);
-        if (sigsetjmp(thread.resume, 0) != 0) return nullptr;
-        thread.tid.store(Strand::gettid());
-        for (;;) pause();
-    }
-};
 
 TEST(ThreadEnding, CancelLandingWhileStraySignalsInterruptABlockingCall) {
     if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";

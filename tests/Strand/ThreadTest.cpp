@@ -68,8 +68,6 @@ TEST(ThreadName, NamesAreCutTo63Bytes) {
         {"empty", "", ""},
         {"63 bytes", std::string(63, 'a'), std::string(63, 'a')},
         {"64 bytes", std::string(64, 'b'), std::string(63, 'b')},
-        {"cut inside a character", std::string(62, 'd') + "\xC3\xA9" + std::string(6, 'e'),
-         std::string(62, 'd') + "\xC3"},
         {"a NUL inside", std::string("ab\0cd", 5), "ab"}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);

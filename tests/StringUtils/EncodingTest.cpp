@@ -32,12 +32,7 @@ TEST(Encoding, Wrappers) {
     EXPECT_THROW(fromUtf16String(u"a\xD800"), std::range_error);
     EXPECT_THROW(toString(std::wstring(5000, L'a') + L"\xD800"), std::range_error);
     EXPECT_EQ(toString(toWString("ok")), "ok") << "the shared converter is still usable";
-    std::string invalid = "a\xFF\xC3";
-    EXPECT_EQ(toQuillString(invalid), invalid);
-    EXPECT_EQ(fromU8string(std::u8string(u8"\u00e9")), "\xC3\xA9");
-    EXPECT_EQ(fromQuillString(std::string_view(invalid).substr(1, 1)), "\xFF");
-    EXPECT_EQ(fromU8string(std::move(invalid)), "a\xFF\xC3");
-    EXPECT_TRUE(invalid.empty());
+    EXPECT_EQ(toQuillString("a\xFF\xC3"), "a\xFF\xC3");
 }
 
 TEST(Encoding, SharedConverterServesManyThreads) {

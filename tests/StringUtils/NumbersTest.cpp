@@ -94,8 +94,6 @@ TEST(Numbers, FilteredViewParsers) {
 TEST(Numbers, Formatting) {
     EXPECT_EQ(toQuillString(INT_MIN), "-2147483648");
     EXPECT_EQ(uint64ToQuillString(ULLONG_MAX), "18446744073709551615");
-    EXPECT_EQ(fromBool(false), "false");
-    EXPECT_EQ(trueValue(), "True");
     const struct { float value; const char* text; } cases[] = {{100.0f, "100"},
         {1234567.0f, "1.23457e+06"}, {0.00001f, "1e-05"}, {-0.0f, "-0"}, {999999.5f, "1e+06"},
         {0.0001f, "0.0001"}, {-INFINITY, "-inf"}, {NAN, "nan"}, {FLT_TRUE_MIN, "1.4013e-45"}};

@@ -35,7 +35,6 @@ TEST(Text, Trim) {
         EXPECT_EQ(trim(c.text), trimLeft(c.right));
         EXPECT_EQ(trimLeft(std::string(c.text)), c.left);  // the overloads that reuse storage
         EXPECT_EQ(trimRight(std::string(c.text)), c.right);
-        EXPECT_EQ(trim(std::string(c.text)), trimLeft(c.right));
     }
     // The white-space tests on any text: the text fuzz target.
     EXPECT_TRUE(isSpace(wchar_t{0xA0}) && allCharsSpaces(""));
@@ -108,8 +107,7 @@ TEST(Text, CaseInsensitiveSearchInLongTexts) {
         {std::string(4096, 'a') + std::string(299, 'a') + "B", std::string(300, 'A') + "b", true},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.sub.substr(0, 16));
-        EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.found);
+        EXPECT_EQ(findSubStringCaseInsensitive(c.text, c.sub), c.found) << c.sub.substr(0, 16);
     }
 }
 
