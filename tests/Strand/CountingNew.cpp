@@ -1,5 +1,4 @@
-// Counts each thread's allocations through operator new, and can run a hook inside the next;
-// alone in its file, so no compiler sees a test's new beside this free().
+// Per-thread operator new counts and hook; alone, so no compiler sees a test's new beside free().
 #include <cstddef>
 #include <cstdlib>
 #include <new>

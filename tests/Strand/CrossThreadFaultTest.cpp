@@ -86,8 +86,7 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
     EXPECT_EQ(childResult, "ok");
 }
 
-// Freed process-wide state shows under AddressSanitizer; several rounds, as the race
-// with the static destructors is not won every time.
+// Freed state shows under AddressSanitizer; several rounds: the race is not won every time.
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
         EXPECT_EQ(inChildProcess(10, [] {

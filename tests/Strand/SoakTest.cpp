@@ -1,5 +1,4 @@
-// Waves of thousands of live threads, short-lived threads, listeners and forks for
-// STRAND_SOAK_SECONDS (60); memory must end where it was after the first wave.
+// Thread waves, churn, listeners and forks; memory must end where it was after the first wave.
 #include <fstream>
 
 #include "TestSupport.h"

@@ -33,8 +33,7 @@
 #include "Strand/ThreadName.h"
 #include "ThreadsAtOnce.h"
 
-// Whether a cancelled thread can unwind C++ frames: with Debian's libc++ (LLVM's libunwind)
-// beside glibc's cancellation (libgcc's unwinder) it crashes.
+// Whether a cancelled thread can unwind C++ frames (not with Debian's libc++ and its libunwind).
 #if defined(_LIBCPP_VERSION) && defined(__linux__)
 constexpr bool kCancellationUnwinds = false;
 #else
@@ -80,8 +79,7 @@ private:
     }};
 };
 
-// A POSIX thread that waits in pause(), where glibc turns asynchronous cancellation on, after
-// asking for its identity if known; a call that jumps to resume ends it (SIGUSR1 stays blocked).
+// Waits in pause(), where glibc turns asynchronous cancellation on; a jump to resume ends it.
 class PausingThread {
 public:
     explicit PausingThread(bool known = false) : known_(known) {
@@ -144,8 +142,7 @@ auto onNewThread(Fn fn) {
     return result.get();
 }
 
-// count threads alive at once on 256 KB stacks, each keeping what body(index) returns, identity in
-// ids[index]; the constructor returns once all are, the destructor joins them.
+// count threads alive at once on 256 KB stacks, each keeping body(index)'s result; ids[index].
 class LiveThreads {
 public:
     LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)
@@ -179,8 +176,7 @@ private:
     std::vector<pthread_t> threads_;
 };
 
-// Runs check in a child process that SIGALRM ends after seconds; returns "ok" or what went wrong.
-// With exitAfter the child ends by exit() (static destructors, leak checks), else by _exit().
+// check in a child that SIGALRM ends after seconds (exit() if exitAfter): "ok", or why not.
 template <typename Fn>
 std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
     std::cout.flush();  // not written twice

@@ -44,8 +44,7 @@ TEST(ThreadEnding, ACallThatEndsItsThreadFinishesTheCall) {
     }), "ok");
 }
 
-// The caller gives up after its 4 s; the record it parks must be reclaimed (and
-// its copy of the function destroyed) once the target thread has ended.
+// The caller gives up after its 4 s; its parked record goes once the target thread has ended.
 TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     EXPECT_EQ(inChildProcess(30, [] {
         PausingThread target;

@@ -10,8 +10,7 @@
 // Named, not anonymous: the traced functions below must keep external linkage.
 namespace torture {
 
-// What the threads share, all but stop and busy under mutex. One worker at a time
-// waits at the gate, in a known function, until a sampler has traced it.
+// Shared under mutex; one worker at a time waits at the gate until a sampler has traced it.
 struct Shared {
     std::atomic<bool> stop{false};
     std::mutex mutex, busy[4];
@@ -91,8 +90,7 @@ struct Victim {
     }
 };
 
-// Waits in cancellation points, listed, until cancelled. No local's address escapes:
-// AddressSanitizer would report the guard zones of frames a cancellation unwinds.
+// No local's address escapes: ASan would report guard zones of frames a cancellation unwinds.
 void* tortureAwaitCancellation(void* victim) {
     static_cast<Victim*>(victim)->list();
     for (;;) pause();
@@ -101,8 +99,7 @@ void* tortureAwaitCancellation(void* victim) {
 // The victim a scope listener lists and then holds in a cancellation point.
 thread_local Victim* tVictimInListener = nullptr;
 
-// It waits in pthread_testcancel, not a blocking call, whose cancel would unwind the
-// registry from a signal handler (ThreadEnding.* covers that).
+// In pthread_testcancel: a blocking call's cancel would unwind from a signal handler.
 void blockTheVictimInListener() {
     if (tVictimInListener == nullptr) return;
     tVictimInListener->list();

@@ -1,5 +1,4 @@
-// Tables of texts with a function's expected results; random texts through a function and its
-// reference.
+// Tables of a function's expected results; random texts through a function and its reference.
 #pragma once
 
 #include <gtest/gtest.h>

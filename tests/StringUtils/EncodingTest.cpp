@@ -17,8 +17,7 @@ namespace {
 
 using namespace StringUtils;
 
-// A byte-order mark stays; a NUL converts except in the pointer forms; errors leave the shared
-// converters usable; narrow to narrow keeps the bytes, valid UTF-8 or not.
+// A byte-order mark stays; a NUL too, but ends the pointer forms; errors leave converters usable.
 TEST(Encoding, Wrappers) {
     const std::string utf8("\xEF\xBB\xBF\x61\xC3\xA9\0\xF0\x9F\x98\x80", 11),
         head = utf8.substr(0, 6);
@@ -44,8 +43,7 @@ TEST(Encoding, SharedConverterServesManyThreads) {
     EXPECT_EQ(mismatches, 0);
 }
 
-// Against the standard UTF-8/UTF-16 facet, which is lax (libstdc++'s) where ours rejects: an
-// encoded surrogate, a sequence cut off at the end, a high surrogate as the last element.
+// Against the standard facet, lax (libstdc++'s) on encoded surrogates and cut-off sequences.
 template <typename T>
 using Reference =
     std::wstring_convert<std::codecvt_utf8_utf16<T, 0x10FFFF, std::codecvt_mode{}>, T>;
@@ -151,8 +149,7 @@ TYPED_TEST(Utf16Differential, ShortInputs) {
     EXPECT_EQ(this->departures > 0, laxReference);
 }
 
-// Each class at every offset of ASCII text past the widest step, so it lands in every lane, then
-// long random texts across the internal blocks, every other one damaged at one element.
+// Each class at every offset past the widest step (every lane), then long random texts.
 TYPED_TEST(Utf16Differential, LongInputs) {
     using Text = std::basic_string<TypeParam>;
     const Text units[] = {{0x80},   {0x7FF},  {0x800},          {0xFFFF},       {0xD83D, 0xDE00},

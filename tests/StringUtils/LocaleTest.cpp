@@ -1,5 +1,4 @@
-// The stream formatters, std::stod and the byte-wise case functions follow the global locale;
-// every other function gives the same result in every locale.
+// Formatters, std::stod and byte-wise case follow the global locale; nothing else does.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -15,16 +14,14 @@ using namespace StringUtils;
 
 const char* const kLocales[] = {"tr_TR.UTF-8", "de_DE.UTF-8"};
 
-struct Probe {
-    const char* name;
-    std::function<std::string()> run;
-};
-
 // Bools and texts, which GoogleTest shows alike in every locale (no number is shown here).
 std::string shown(const auto& value) { return testing::PrintToString(value); }
 
 // Turkish differs from ASCII in I and i; German in digit grouping and the decimal comma.
-const Probe kLocaleFree[] = {
+const struct {
+    const char* name;
+    std::function<std::string()> run;
+} kLocaleFree[] = {
     {"sanatizeStatusString",
      [] { return sanatizeStatusString("a<SCRIPT>b<IMG SRC=x><HTML><A HREF=y>\tc"); }},
     {"toBool", [] { return shown(toBool("TRUE")) + shown(toBool("tRuE")); }},
@@ -42,7 +39,7 @@ const Probe kLocaleFree[] = {
 
 TEST(Locale, OtherFunctionsIgnoreTheLocale) {
     std::vector<std::string> classic;
-    for (const Probe& probe : kLocaleFree) classic.push_back(probe.run());
+    for (const auto& probe : kLocaleFree) classic.push_back(probe.run());
     for (const char* name : kLocales) {
         const ScopedGlobalLocale locale(name);
         if (!locale.active()) GTEST_SKIP() << name << " could not be loaded or built";

@@ -1,5 +1,4 @@
-// Every search for a caller's pattern against the standard search, on periodic texts: the
-// shapes that push the direct search over its budget into the linear algorithm.
+// Searches against the standard one on periodic texts, which push them into the linear algorithm.
 #include <gtest/gtest.h>
 
 #include <random>

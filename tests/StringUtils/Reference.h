@@ -1,5 +1,4 @@
-// Plain, obviously right versions of library functions to compare with, for short texts only
-// (std::regex recurses once per byte; the searches are quadratic).
+// Obviously right versions of library functions, for short texts only (recursive or quadratic).
 #pragma once
 
 #include "StringUtils/Patterns.h"

@@ -41,8 +41,7 @@ TEST(Text, Trim) {
     EXPECT_FALSE(isSpace('\xA0') || isSpace(wchar_t{0x2003}) || containsWhiteSpace(""));
 }
 
-// Byte- and element-wise mappings change ASCII letters only; the locale-aware ones use the
-// environment's locale, or the element-wise mapping for an unknown one.
+// ASCII letters only, but the locale-aware forms (the environment's locale, if it is known).
 TEST(Text, Case) {
     EXPECT_EQ(toLower("Hello, World @[`{ \xC3\x89t"), "hello, world @[`{ \xC3\x89t");
     EXPECT_EQ(toUpper("Hello, World @[`{ \xC3\xA9t"), "HELLO, WORLD @[`{ \xC3\xA9T");

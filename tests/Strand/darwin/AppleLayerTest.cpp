@@ -25,35 +25,30 @@ char schedulerState(long tid) {
 
 TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
     emu::setPortGenerations(1);  // the kernel gives a freed name out again at once
-    struct Ended {
-        Strand::ThreadId id{};
-        std::latch known{1};
-    } ended;
-    pthread_t zombie{};
-    pthread_create(&zombie, nullptr, [](void* state) -> void* {
-        auto& self = *static_cast<Ended*>(state);
+    Strand::ThreadId ended{};
+    std::latch known(1);
+    std::thread zombie([&] {
         Strand::setThreadName("dead, unjoined");
-        self.id = Strand::getThreadId();
-        self.known.count_down();
-        return nullptr;
-    }, &ended);
-    ended.known.wait();
-    while (pthread_kill(zombie, 0) != ESRCH) sched_yield();  // ended; its name is free
+        ended = Strand::getThreadId();
+        known.count_down();
+    });
+    known.wait();
+    while (pthread_kill(zombie.native_handle(), 0) != ESRCH) sched_yield();  // ended, unjoined
     ParkedThread live;
     live.run([] { Strand::setThreadName("alive"); });
-    ASSERT_EQ(std::get<2>(live.id()), std::get<2>(ended.id)) << "the name was given out again";
+    ASSERT_EQ(std::get<2>(live.id()), std::get<2>(ended)) << "the name was given out again";
 
     const auto listed = Strand::getThreadIds();
     const auto entry = std::find_if(listed.begin(), listed.end(), [&](const Strand::ThreadId& id) {
         return std::get<2>(id) == std::get<2>(live.id());
     });
     ASSERT_NE(entry, listed.end());
-    EXPECT_FALSE(pthread_equal(std::get<0>(*entry), zombie)) << "listed with the ended handle";
+    EXPECT_FALSE(pthread_equal(std::get<0>(*entry), zombie.native_handle())) << "the ended handle";
     EXPECT_EQ(std::get<1>(*entry), std::get<1>(live.id()));
     EXPECT_NE(Strand::getThreadName(*entry), "dead, unjoined");
-    EXPECT_EQ(Strand::getThreadName(ended.id), "") << "an ended thread has no name";
+    EXPECT_EQ(Strand::getThreadName(ended), "") << "an ended thread has no name";
     EXPECT_EQ(Strand::getThreadName(live.id()), "alive");
-    pthread_join(zombie, nullptr);
+    zombie.join();
     emu::setPortGenerations(64);
 }
 

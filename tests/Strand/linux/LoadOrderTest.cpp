@@ -1,5 +1,4 @@
-// libStrand loaded with dlopen, as a plugin's dependency; malloc is replaced to count the calls
-// made in a signal handler, so this program is built without sanitizers.
+// libStrand loaded by dlopen, counting a handler's mallocs: so built without sanitizers.
 #include <dlfcn.h>
 
 #include <cstddef>

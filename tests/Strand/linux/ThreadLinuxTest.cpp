@@ -1,10 +1,10 @@
 // Thread identity and names checked against what the Linux kernel reports.
-#include <dirent.h>
 #include <linux/futex.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <map>
 
 #include "Strand/linux/ThreadRegistry.h"
@@ -14,11 +14,9 @@ namespace {
 
 std::set<int> procTasks() {
     std::set<int> tids;
-    DIR* directory = opendir("/proc/self/task");
-    while (const dirent* entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
-        if (entry->d_name[0] != '.') tids.insert(std::atoi(entry->d_name));
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        tids.insert(std::stoi(task.path().filename()));
     }
-    closedir(directory);
     return tids;
 }
 
@@ -82,8 +80,7 @@ void replaceRobustList() {
     syscall(SYS_set_robust_list, &head, sizeof head);
 }
 
-// A TID's first holder names itself and ends; a new holder with the same 15-byte kernel name
-// must not read back that name or handle.
+// A TID's new holder with its ended holder's 15-byte kernel name gets neither name nor handle.
 TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
     const struct {
         const char* name;
@@ -154,15 +151,14 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
 
 // The test above's window made certain: a handler registers the thread inside its first call.
 TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
-    const bool kept = onNewThread([] {
+    EXPECT_TRUE(onNewThread([] {
         const auto previous = handleSigusr2([](int) { Strand::getThreadId(); });
         raise(SIGUSR2);
         sigaction(SIGUSR2, &previous, nullptr);
         Strand::linux_layer::ThreadRecord* const handlers = Strand::linux_layer::currentRecord();
         Strand::linux_layer::registerCurrentThread();  // the interrupted first call goes on
         return handlers != nullptr && Strand::linux_layer::currentRecord() == handlers;
-    });
-    EXPECT_TRUE(kept);
+    }));
 }
 
 // Records are reclaimed also when the kernel never marks the robust mutexes.
