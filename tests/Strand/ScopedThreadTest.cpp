@@ -143,17 +143,16 @@ TEST(ScopedThreadNotifications, ForkWhileAnotherThreadHoldsTheRegistry) {
 // Detached threads open scopes while static destructors run: the registry outlives them.
 TEST(ScopedThreadNotifications, ScopesOpenedWhileTheProcessExits) {
     EXPECT_EQ(inChildProcess(20, [] {
-        static std::atomic<int> running{0};
-        const auto listener = std::make_shared<Listener>([] {}, [] {});
+        static std::latch running(4);
+        const auto listener = std::make_shared<Listener>([] {});
         ScopedThreadName::registerCallback(listener);
         for (int t = 0; t < 4; ++t) {
             std::thread([listener] {
-                running.fetch_add(1);
-                running.notify_all();
+                running.count_down();
                 for (;;) const ScopedThreadName scope("still working at exit", true);
             }).detach();
         }
-        for (int seen = 0; seen < 4; seen = running.load()) running.wait(seen);
+        running.wait();
         return true;
     }, true), "ok");
 }

@@ -57,15 +57,9 @@ TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     }), "ok");
 }
 
-struct ScopeCase {
-    const char* name;
-    bool blockInStarted;
-    bool withLocation;  // the constructor that drops exceptions
-};
-
-void* openScope(void* scopeCase) {
-    const auto& c = *static_cast<const ScopeCase*>(scopeCase);
-    if (c.withLocation) {
+// Opens a scope named by a location (the constructor that drops exceptions), or by a name.
+void* openScope(void* withLocation) {
+    if (*static_cast<const bool*>(withLocation)) {
         const Strand::ScopedThreadName scope(
             "worker", quill::source::location::current(__FILE__, __LINE__, __func__));
     } else {
@@ -76,13 +70,16 @@ void* openScope(void* scopeCase) {
 
 TEST(ThreadEnding, CancellingAThreadInsideAScopeListenerEndsItCleanly) {
     if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
-    const ScopeCase cases[] = {
+    const struct {
+        const char* name;
+        bool blockInStarted, withLocation;
+    } cases[] = {
         {"blocked in onStarted, named scope", true, false},
         {"blocked in onEnded, named scope", false, false},
         {"blocked in onStarted, location scope", true, true},
         {"blocked in onEnded, location scope", false, true},
     };
-    for (const ScopeCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(inChildProcess(20, [&c] {
             std::atomic<bool> blocking{false};
@@ -94,7 +91,7 @@ TEST(ThreadEnding, CancellingAThreadInsideAScopeListenerEndsItCleanly) {
                                                              c.blockInStarted ? pass : block);
             Strand::ScopedThreadName::registerCallback(listener);
             pthread_t thread{};
-            pthread_create(&thread, nullptr, &openScope, const_cast<ScopeCase*>(&c));
+            pthread_create(&thread, nullptr, &openScope, const_cast<bool*>(&c.withLocation));
             while (!blocking.load()) std::this_thread::yield();
             pthread_cancel(thread);
             void* result = nullptr;

@@ -69,10 +69,7 @@ TEST(Numbers, Parsers) {
     check<unsigned short>(toInteger16, 9, {{"65535", true, 65535}, {"65536", false, 9},
         {"-1", true, 65535}, {"1 ", false, 9}, {"", false, 9}});
     check<unsigned char>(toInteger8, 9, {{"255", true, 255}, {"256", false, 9}, {"-1", true, 255}});
-}
-
-// Plain decimal or hexadecimal digits after an optional minus; parsing stops at a later minus.
-TEST(Numbers, FilteredViewParsers) {
+    // Plain decimal or hexadecimal digits after an optional minus; parsing stops at a later minus.
     check<int>(stringViewToInteger, 9, {{"-2147483648", true, INT_MIN}, {"2147483648", false, 9},
         {"007", true, 7}, {"-0", true, 0}, {"+5", false, 9}, {" 5", false, 9}, {"12-3", true, 12},
         {"-", false, 9}, {"", false, 9}, {"1a", false, 9}, {"\xD9\xA1", false, 9}});

@@ -133,18 +133,16 @@ TEST(Text, Substr) {
         {"\xF0\x9F\x98\x80z", 0, 1, "\xF0\x9F\x98\x80"}, {"\xE4\xB8", 0, 1, "\xE4\xB8"},
         {"ab\x80", 0, 1, ""}, {"a\xF8z", 0, 1, ""}};
     // clang-format on
-    for (const auto& c : byCharacters) {
-        SCOPED_TRACE(testing::PrintToString(c.text) + " from " + std::to_string(c.start));
-        EXPECT_EQ(substr(c.text, c.start, c.count), c.part);
-    }
+    for (const auto& c : byCharacters)
+        EXPECT_EQ(substr(c.text, c.start, c.count), c.part)
+            << testing::PrintToString(c.text) << " from " << c.start;
     const struct {
         std::string text, start, end, part;
     } byMarkers[] = {{"a[b]c", "[", "]", "b"}, {"a[b]c", "[", "#", "b]c"},
                      {"a[b]c", "#", "]", ""},  {"a[b]c", "", "]", "a[b"},
                      {"a[b]c", "[", "", ""},   {"]a[b]", "[", "]", "b"}};
     for (const auto& c : byMarkers) {
-        SCOPED_TRACE(c.text + " " + c.start + " " + c.end);
-        EXPECT_EQ(substr(c.text, c.start, c.end), c.part);
+        EXPECT_EQ(substr(c.text, c.start, c.end), c.part) << c.text << " " << c.start << c.end;
     }
 }
 
