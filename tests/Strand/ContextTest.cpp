@@ -94,9 +94,8 @@ TEST(ExternalInputHint, IdsScopesNamesAndCopies) {
     const struct {
         int id;
         const char* text;
-    } ids[] = {{0, "hint000000"},        {42017, "hint042017"}, {999999, "hint999999"},
-               {1234567, "hint1234567"}, {-5, "hint0000-5"},    {-12345, "hint-12345"},
-               {INT_MIN, "hint-2147483648"}};
+    } ids[] = {{0, "hint000000"},   {999999, "hint999999"}, {1234567, "hint1234567"},
+               {-5, "hint0000-5"}, {-12345, "hint-12345"}};
     for (const auto& c : ids) EXPECT_EQ(formatHintIdString(c.id), c.text) << c.id;
 }
 
