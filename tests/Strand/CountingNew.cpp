@@ -1,6 +1,4 @@
-// Counts each thread's allocations through the global operator new, and can
-// run a hook inside the next one; a file of its own, so that no compiler ever
-// sees a test's new beside this free().
+// Per-thread operator new counts and hook; alone, so no compiler sees a test's new beside free().
 #include <cstddef>
 #include <cstdlib>
 #include <new>

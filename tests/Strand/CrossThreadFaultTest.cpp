@@ -1,5 +1,4 @@
-// Cross-thread calls under what a large client does to them. Each case runs in a
-// child process with a time limit, so a hang or an abort fails only it.
+// Cross-thread calls under what a large client does to them (each in a child process).
 #include "Strand/ExecuteOnThread.h"
 #include "Strand/StackTrace.h"
 #include "TestSupport.h"
@@ -11,80 +10,55 @@ using Strand::executeOnThread;
 // A capture that makes a cross-thread call whenever a copy of it is destroyed.
 struct CallsWhenDestroyed {
     Strand::ThreadId target;
-    explicit CallsWhenDestroyed(const Strand::ThreadId& id) : target(id) {}
-    CallsWhenDestroyed(const CallsWhenDestroyed&) = default;
-    ~CallsWhenDestroyed() {
-        executeOnThread(target, [] {});
-    }
+    ~CallsWhenDestroyed() { executeOnThread(target, [] {}); }
 };
 
 TEST(CrossThreadFault, CapturesThatCallBackWhenDestroyedNeverHang) {
     EXPECT_EQ(inChildProcess(10, [] {
-                  const ParkedThread target, other;
-                  for (int i = 0; i < 3000; ++i) {
-                      const CallsWhenDestroyed capture(other.id());
-                      executeOnThread(target.id(), [capture] {});
-                  }
-                  return true;
-              }),
-              "ok");
-}
-
-struct Announced {
-    Strand::ThreadId id{};
-    std::latch known{1};
-};
-
-// A thread that announces itself, then waits in cancellation points.
-void* waitInCancellationPoints(void* announced) {
-    auto& self = *static_cast<Announced*>(announced);
-    self.id = Strand::getThreadId();
-    self.known.count_down();
-    for (;;) pause();
+        const ParkedThread target, other;
+        for (int i = 0; i < 3000; ++i) {
+            const CallsWhenDestroyed capture{other.id()};
+            executeOnThread(target.id(), [capture] {});
+        }
+        return true;
+    }), "ok");
 }
 
 TEST(CrossThreadFault, CancellingTheTargetDuringTheFunctionEndsItCleanly) {
-    if (!kCancellationUnwinds) {
-        GTEST_SKIP() << "a cancelled thread cannot unwind C++ frames with this runtime";
-    }
+    if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
     EXPECT_EQ(inChildProcess(10, [] {
-                  Announced announced;
-                  pthread_t target{};
-                  pthread_create(&target, nullptr, &waitInCancellationPoints, &announced);
-                  announced.known.wait();
-                  std::latch inFunction(1);
-                  std::atomic<bool> cancelled{false};
-                  std::thread caller([&] {
-                      executeOnThread(announced.id, [&] {
-                          inFunction.count_down();
-                          while (!cancelled) usleep(1000);  // a cancellation point
-                      });
-                  });
-                  inFunction.wait();
-                  pthread_cancel(target);
-                  cancelled = true;
-                  caller.join();
-                  pthread_join(target, nullptr);  // it can only end by the cancellation
-                  const ParkedThread next;        // the library is not left locked
-                  return !Strand::getStackTrace({}, next.id()).empty();
-              }),
-              "ok");
+        PausingThread target(true);
+        std::latch inFunction(1);
+        std::atomic<bool> cancelled{false};
+        std::thread caller([&] {
+            executeOnThread(target.id(), [&] {
+                inFunction.count_down();
+                while (!cancelled) usleep(1000);  // a cancellation point
+            });
+        });
+        inFunction.wait();
+        pthread_cancel(target.handle);
+        cancelled = true;
+        caller.join();
+        target.join();           // it can only end by the cancellation
+        const ParkedThread next;  // the library is not left locked
+        return !Strand::getStackTrace({}, next.id()).empty();
+    }), "ok");
 }
 
 TEST(CrossThreadFault, AnIdNamingTheCallerByNumberRunsHere) {
     EXPECT_EQ(inChildProcess(10, [] {
-                  const ParkedThread other;
-                  const Strand::ThreadId byNumber{pthread_t{}, Strand::gettid(), 0};
-                  Strand::ThreadId ranOn{};
-                  bool nestedRan = false;
-                  executeOnThread(byNumber, [&] {
-                      ranOn = Strand::getThreadId();
-                      executeOnThread(other.id(), [&] { nestedRan = true; });
-                  });
-                  const bool traced = !Strand::getStackTrace({}, byNumber).empty();
-                  return ranOn == Strand::getThreadId() && nestedRan && traced;
-              }),
-              "ok");
+        const ParkedThread other;
+        const Strand::ThreadId byNumber{pthread_t{}, Strand::gettid(), 0};
+        Strand::ThreadId ranOn{};
+        bool nestedRan = false;
+        executeOnThread(byNumber, [&] {
+            ranOn = Strand::getThreadId();
+            executeOnThread(other.id(), [&] { nestedRan = true; });
+        });
+        const bool traced = !Strand::getStackTrace({}, byNumber).empty();
+        return ranOn == Strand::getThreadId() && nestedRan && traced;
+    }), "ok");
 }
 
 TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
@@ -104,37 +78,31 @@ TEST(CrossThreadFault, ForkDuringACallLeavesTheChildAbleToCall) {
     const std::string childResult = inChildProcess(10, [] {
         const ParkedThread fresh;
         Strand::setThreadName("fresh in child");
-        const std::vector<Strand::ThreadId> listed = Strand::getThreadIds();
-        const bool ok = !Strand::getStackTrace({}, fresh.id()).empty() &&
-                        Strand::getThreadName() == "fresh in child" &&
-                        std::find(listed.begin(), listed.end(), fresh.id()) != listed.end();
-        return ok;
+        return !Strand::getStackTrace({}, fresh.id()).empty() &&
+               Strand::getThreadName() == "fresh in child" && isListed(fresh.id());
     });
     release = true;
     caller.join();
     EXPECT_EQ(childResult, "ok");
 }
 
-// Freed process-wide state shows under AddressSanitizer; several rounds, as the race
-// with the static destructors is not won every time.
+// Freed state shows under AddressSanitizer; several rounds: the race is not won every time.
 TEST(CrossThreadFault, ExitWithDetachedThreadsInsideCalls) {
     for (int round = 0; round < 6 && !HasFailure(); ++round) {
         EXPECT_EQ(inChildProcess(10, [] {
-                      static auto* const target = new ParkedThread;  // still called at exit
-                      std::latch calling(4);
-                      for (int i = 0; i < 4; ++i) {
-                          std::thread([&calling, id = target->id()] {
-                              (void)Strand::getStackTrace({}, id);
-                              calling.count_down();
-                              for (;;) (void)Strand::getStackTrace({}, id);
-                          }).detach();
-                      }
-                      calling.wait();
-                      std::exit(0);  // runs static destructors while the calls go on
-                      return true;
-                  }),
-                  "ok")
-            << "round " << round;
+            static auto* const target = new ParkedThread;  // still called at exit
+            std::latch calling(4);
+            for (int i = 0; i < 4; ++i) {
+                std::thread([&calling, id = target->id()] {
+                    (void)Strand::getStackTrace({}, id);
+                    calling.count_down();
+                    for (;;) (void)Strand::getStackTrace({}, id);
+                }).detach();
+            }
+            calling.wait();
+            std::exit(0);  // runs static destructors while the calls go on
+            return true;
+        }), "ok") << "round " << round;
     }
 }
 

@@ -1,18 +1,9 @@
-// A client's day, compressed: waves of thousands of live threads, short-lived named
-// threads in scopes, listeners that come and go, and forks, for STRAND_SOAK_SECONDS
-// (default 60). At the end, memory must be where it was after the first wave.
-#include <cstdlib>
+// Thread waves, churn, listeners and forks; memory must end where it was after the first wave.
 #include <fstream>
-#include <iostream>
 
 #include "TestSupport.h"
 
 namespace {
-
-struct QuietListener : Strand::IScopedThreadCallback {
-    void onStarted() override {}
-    void onEnded() override {}
-};
 
 long residentKilobytes() {
     std::ifstream statm("/proc/self/statm");
@@ -40,15 +31,8 @@ int runWave(int round) {
     return faults;
 }
 
-#if defined(STRAND_TEST_UNDER_ASAN) || defined(STRAND_TEST_UNDER_TSAN)
-// A sanitizer's quarantine and shadow hide the library's resident memory.
-constexpr bool kMemoryIsMeasurable = false;
-#else
-constexpr bool kMemoryIsMeasurable = true;
-#endif
-#if defined(STRAND_TEST_UNDER_ASAN)
-// A fork child of a busy AddressSanitizer process can inherit its allocator's lock.
-constexpr bool kForksAreSafe = false;
+#ifdef STRAND_TEST_UNDER_ASAN
+constexpr bool kForksAreSafe = false;  // a fork child can inherit the busy allocator's lock
 #else
 constexpr bool kForksAreSafe = true;
 #endif
@@ -62,7 +46,7 @@ TEST(Soak, ThreadChurnForksAndListeners) {
     std::vector<std::thread> helpers;
     helpers.emplace_back([&] {  // listeners come and go
         while (!stop.load()) {
-            const auto listener = std::make_shared<QuietListener>();
+            const auto listener = std::make_shared<Listener>([] {});
             Strand::ScopedThreadName::registerCallback(listener);
             Strand::ScopedThreadName::unRegisterCallback(listener);
         }
@@ -70,7 +54,7 @@ TEST(Soak, ThreadChurnForksAndListeners) {
     helpers.emplace_back([&] {  // forks while the others name, register and list
         while (kForksAreSafe && !stop.load()) {
             const std::string result = inChildProcess(20, [] {
-                Strand::ScopedThreadName::registerCallback(std::make_shared<QuietListener>());
+                Strand::ScopedThreadName::registerCallback(std::make_shared<Listener>([] {}));
                 const Strand::ScopedThreadName scope("forked child of the soak test", true);
                 const auto listed = Strand::getThreadIds();
                 return Strand::getThreadName() == "forked child of the soak test" &&
@@ -101,10 +85,10 @@ TEST(Soak, ThreadChurnForksAndListeners) {
 
     EXPECT_EQ(faults, 0) << "threads listed without handles or with names not their own";
     EXPECT_EQ(failedForks.load(), 0) << "of " << forks.load() << " forks";
-    if (!kMemoryIsMeasurable) {
-        std::cout << "resident memory not checked: a sanitizer's own allocations dominate it\n";
-        return;
-    }
+#if defined(STRAND_TEST_UNDER_ASAN) || defined(STRAND_TEST_UNDER_TSAN)
+    std::cout << "resident memory not checked: a sanitizer's own allocations dominate it\n";
+    return;
+#endif
     EXPECT_LE(end, baseline + std::max(baseline / 4, 32L * 1024))
         << "resident kB after the first wave " << baseline << ", at the end " << end << " ("
         << rounds << " waves, " << churned.load() << " short-lived threads)";

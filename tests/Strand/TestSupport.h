@@ -7,13 +7,13 @@
 #include <atomic>
 #include <climits>
 #include <condition_variable>
+#include <csetjmp>
 #include <csignal>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <future>
 #include <latch>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -21,7 +21,6 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 #include <pthread.h>
@@ -34,39 +33,17 @@
 #include "Strand/ThreadName.h"
 #include "ThreadsAtOnce.h"
 
-// Whether a cancelled thread can unwind its C++ frames in this build. Debian's
-// libc++ runtime unwinds with LLVM's libunwind, glibc's cancellation with
-// libgcc's; mixed, any program whose cancelled thread has C++ frames crashes.
+// Whether a cancelled thread can unwind C++ frames (not with Debian's libc++ and its libunwind).
 #if defined(_LIBCPP_VERSION) && defined(__linux__)
 constexpr bool kCancellationUnwinds = false;
 #else
 constexpr bool kCancellationUnwinds = true;
 #endif
 
-// Whether ThreadSanitizer instruments this build (GCC and Clang spell it apart).
-#if defined(__SANITIZE_THREAD__)
-#define STRAND_TEST_UNDER_TSAN 1
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define STRAND_TEST_UNDER_TSAN 1
-#endif
-#endif
-
-// Whether AddressSanitizer instruments this build.
-#if defined(__SANITIZE_ADDRESS__)
-#define STRAND_TEST_UNDER_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define STRAND_TEST_UNDER_ASAN 1
-#endif
-#endif
-
-// Functions whose names tests look for in traces: never inlined, and exported
-// (with the executable's ENABLE_EXPORTS) so that trace lines name them.
+// Functions that traces must name: never inlined, and exported (with ENABLE_EXPORTS).
 #define STRAND_TEST_TRACEABLE __attribute__((noinline, visibility("default")))
 
-// A thread that runs the tasks handed to it, outside any signal handler, and
-// waits in between. Made with known = false, it never asks for its identity.
+// Runs the tasks handed to it and waits in between; made with known = false, it never registers.
 class ParkedThread {
 public:
     explicit ParkedThread(bool known = true) {
@@ -102,6 +79,64 @@ private:
     }};
 };
 
+// Waits in pause(), where glibc turns asynchronous cancellation on; a jump to resume ends it.
+class PausingThread {
+public:
+    explicit PausingThread(bool known = false) : known_(known) {
+        pthread_create(&handle, nullptr, &PausingThread::main, this);
+        ready_.wait();
+    }
+    Strand::ThreadId id() const { return id_; }
+    // What the thread ended with: PTHREAD_CANCELED, or what it passed to pthread_exit.
+    void* join() const {
+        void* result = nullptr;
+        pthread_join(handle, &result);
+        return result;
+    }
+    pthread_t handle{};
+    sigjmp_buf resume;
+
+private:
+    // Out of main, whose frame a cancellation unwinds: ASan would report its locals' guard zones.
+    __attribute__((noinline)) static void learnIdentity(PausingThread& thread) {
+        const int tid = Strand::gettid();
+        const Strand::ThreadId byTid{pthread_self(), tid, static_cast<unsigned>(tid)};
+        thread.id_ = thread.known_ ? Strand::getThreadId() : byTid;
+    }
+    static void* main(void* self) {
+        auto& thread = *static_cast<PausingThread*>(self);
+        if (sigsetjmp(thread.resume, 0) != 0) return nullptr;
+        learnIdentity(thread);
+        thread.ready_.count_down();
+        for (;;) pause();
+    }
+    const bool known_;
+    Strand::ThreadId id_{};
+    std::latch ready_{1};
+};
+
+// A scope listener that runs the given actions.
+struct Listener : Strand::IScopedThreadCallback {
+    explicit Listener(std::function<void()> start, std::function<void()> end = [] {})
+        : started(std::move(start)), ended(std::move(end)) {}
+    void onStarted() override { started(); }
+    void onEnded() override { ended(); }
+    std::function<void()> started, ended;
+};
+
+inline bool isListed(const Strand::ThreadId& id) {
+    const auto ids = Strand::getThreadIds();
+    return std::find(ids.begin(), ids.end(), id) != ids.end();
+}
+
+// Handles SIGUSR2 with handler; returns the action it replaced.
+inline struct sigaction handleSigusr2(void (*handler)(int)) {
+    struct sigaction action {}, previous {};
+    action.sa_handler = handler;
+    sigaction(SIGUSR2, &action, &previous);
+    return previous;
+}
+
 // Runs fn on a fresh thread and returns its result, so nothing leaks between cases.
 template <typename Fn>
 auto onNewThread(Fn fn) {
@@ -111,8 +146,7 @@ auto onNewThread(Fn fn) {
     return result.get();
 }
 
-// count threads alive at once on 256 KB stacks, each keeping what body(index) returns,
-// its identity in ids[index]; the constructor returns once all are, the destructor joins them.
+// count threads alive at once on 256 KB stacks, each keeping body(index)'s result; ids[index].
 class LiveThreads {
 public:
     LiveThreads(int count, std::function<std::shared_ptr<void>(int)> body)
@@ -146,9 +180,7 @@ private:
     std::vector<pthread_t> threads_;
 };
 
-// Runs check in a child process that SIGALRM ends after seconds, so a hang or a crash
-// fails the calling test, not the run; returns "ok", or what went wrong. With exitAfter
-// the child ends by exit(), running static destructors and leak checks, else by _exit().
+// check in a child that SIGALRM ends after seconds (exit() if exitAfter): "ok", or why not.
 template <typename Fn>
 std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
     std::cout.flush();  // not written twice
@@ -160,8 +192,6 @@ std::string inChildProcess(unsigned seconds, Fn check, bool exitAfter = false) {
     }
     int status = 0;
     waitpid(child, &status, 0);
-    if (WIFEXITED(status)) {
-        return WEXITSTATUS(status) == 0 ? "ok" : "check failed";
-    }
+    if (WIFEXITED(status)) return WEXITSTATUS(status) == 0 ? "ok" : "check failed";
     return WIFSIGNALED(status) ? "ended by signal " + std::to_string(WTERMSIG(status)) : "?";
 }

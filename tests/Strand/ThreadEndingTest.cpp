@@ -1,45 +1,10 @@
-// Threads that end, or leave, while library code is on their stack; each case
-// runs in a child process with a time limit, so an abort or a hang fails only it.
-#include <csetjmp>
-
+// Threads that end, or leave, while library code is on their stack (each in a child process).
 #include "Strand/ExecuteOnThread.h"
 #include "TestSupport.h"
 
 namespace {
 
 using Strand::executeOnThread;
-
-// A POSIX thread that announces its numeric id, then waits in pause(), a
-// cancellation point inside which glibc turns asynchronous cancellation on. A
-// call that jumps to resume ends it (savemask 0: SIGUSR1 stays blocked, as in
-// the handler).
-struct PausingThread {
-    pthread_t handle{};
-    std::atomic<int> tid{0};
-    sigjmp_buf resume;
-
-    PausingThread() {
-        pthread_create(&handle, nullptr, &PausingThread::main, this);
-        while (tid.load() == 0) std::this_thread::yield();
-    }
-    Strand::ThreadId id() const {
-        return Strand::ThreadId{handle, tid.load(), static_cast<unsigned>(tid.load())};
-    }
-    // What the thread ended with: PTHREAD_CANCELED, or what it passed to pthread_exit.
-    void* join() const {
-        void* result = nullptr;
-        pthread_join(handle, &result);
-        return result;
-    }
-
-private:
-    static void* main(void* self) {
-        auto& thread = *static_cast<PausingThread*>(self);
-        if (sigsetjmp(thread.resume, 0) != 0) return nullptr;
-        thread.tid.store(Strand::gettid());
-        for (;;) pause();
-    }
-};
 
 TEST(ThreadEnding, CancelLandingWhileStraySignalsInterruptABlockingCall) {
     if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
@@ -79,8 +44,7 @@ TEST(ThreadEnding, ACallThatEndsItsThreadFinishesTheCall) {
     }), "ok");
 }
 
-// The caller gives up after its 4 s; the record it parks must be reclaimed (and
-// its copy of the function destroyed) once the target thread has ended.
+// The caller gives up after its 4 s; its parked record goes once the target thread has ended.
 TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     EXPECT_EQ(inChildProcess(30, [] {
         PausingThread target;
@@ -93,29 +57,9 @@ TEST(ThreadEnding, ACallLeftByLongjmpIsReclaimedOnceItsThreadEnds) {
     }), "ok");
 }
 
-// A listener that waits in a cancellation point in onStarted or in onEnded.
-struct BlockingListener : Strand::IScopedThreadCallback {
-    explicit BlockingListener(bool blockInStarted) : inStarted(blockInStarted) {}
-    void onStarted() override { block(inStarted); }
-    void onEnded() override { block(!inStarted); }
-    void block(bool now) {
-        if (!now) return;
-        blocking.store(true);
-        for (;;) usleep(1000);
-    }
-    const bool inStarted;
-    std::atomic<bool> blocking{false};
-};
-
-struct ScopeCase {
-    const char* name;
-    bool blockInStarted;
-    bool withLocation;  // the constructor that drops exceptions
-};
-
-void* openScope(void* scopeCase) {
-    const auto& c = *static_cast<const ScopeCase*>(scopeCase);
-    if (c.withLocation) {
+// Opens a scope named by a location (the constructor that drops exceptions), or by a name.
+void* openScope(void* withLocation) {
+    if (*static_cast<const bool*>(withLocation)) {
         const Strand::ScopedThreadName scope(
             "worker", quill::source::location::current(__FILE__, __LINE__, __func__));
     } else {
@@ -126,20 +70,29 @@ void* openScope(void* scopeCase) {
 
 TEST(ThreadEnding, CancellingAThreadInsideAScopeListenerEndsItCleanly) {
     if (!kCancellationUnwinds) GTEST_SKIP() << "cancelled threads cannot unwind C++ frames here";
-    const ScopeCase cases[] = {
+    const struct {
+        const char* name;
+        bool blockInStarted, withLocation;
+    } cases[] = {
         {"blocked in onStarted, named scope", true, false},
         {"blocked in onEnded, named scope", false, false},
         {"blocked in onStarted, location scope", true, true},
         {"blocked in onEnded, location scope", false, true},
     };
-    for (const ScopeCase& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         EXPECT_EQ(inChildProcess(20, [&c] {
-            const auto listener = std::make_shared<BlockingListener>(c.blockInStarted);
+            std::atomic<bool> blocking{false};
+            const std::function<void()> pass = [] {}, block = [&blocking] {
+                blocking.store(true);
+                for (;;) usleep(1000);  // a cancellation point
+            };
+            const auto listener = std::make_shared<Listener>(c.blockInStarted ? block : pass,
+                                                             c.blockInStarted ? pass : block);
             Strand::ScopedThreadName::registerCallback(listener);
             pthread_t thread{};
-            pthread_create(&thread, nullptr, &openScope, const_cast<ScopeCase*>(&c));
-            while (!listener->blocking.load()) std::this_thread::yield();
+            pthread_create(&thread, nullptr, &openScope, const_cast<bool*>(&c.withLocation));
+            while (!blocking.load()) std::this_thread::yield();
             pthread_cancel(thread);
             void* result = nullptr;
             pthread_join(thread, &result);

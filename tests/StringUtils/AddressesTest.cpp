@@ -7,8 +7,6 @@
 
 #include <string>
 
-namespace {
-
 using namespace StringUtils;
 using checks::expectVerdicts;
 using checks::with;
@@ -39,5 +37,3 @@ TEST(Addresses, All) {
         {with(reformatMACaddress, ":"), "00:00:00:00:00:00", ""},
     });
 }
-
-}  // namespace

@@ -1,5 +1,4 @@
-// Test helpers: tables of texts with the expected results of a function, and
-// random texts run through a library function and its reference.
+// Tables of a function's expected results; random texts through a function and its reference.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -59,8 +58,7 @@ struct TextGenerator {
     }
 };
 
-// Runs count texts from makeText through actual and expected; stops at the first
-// text where they differ.
+// Runs count texts from makeText through actual and expected, up to the first difference.
 template <typename Actual, typename Expected, typename MakeText>
 void expectSame(Actual actual, Expected expected, MakeText makeText, int count) {
     for (int i = 0; i < count; ++i) {

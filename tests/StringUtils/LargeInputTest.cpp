@@ -1,5 +1,4 @@
-// The validators and cleaners on 10 MB texts on a 256 KB stack, where a
-// backtracking regular expression engine would overflow it.
+// Validators and cleaners on 10 MB texts on a 256 KB stack, which backtracking would overflow.
 #include "StringUtils/Addresses.h"
 #include "StringUtils/PhoneNumbers.h"
 #include "StringUtils/Sanitizing.h"

@@ -1,14 +1,9 @@
-// What the process's global locale reaches: the stream formatters, std::stod and
-// the byte-wise case functions follow it; every other function gives the same
-// result in every locale (the fuzz targets check the parsers, validators and
-// cleaners on any text in a non-C locale).
+// Formatters, std::stod and byte-wise case follow the global locale; nothing else does.
 #include <gtest/gtest.h>
 
 #include <cctype>
 #include <functional>
 #include <locale>
-#include <sstream>
-#include <type_traits>
 
 #include "StringUtils/StringUtils.h"
 #include "TestLocale.h"
@@ -19,28 +14,14 @@ using namespace StringUtils;
 
 const char* const kLocales[] = {"tr_TR.UTF-8", "de_DE.UTF-8"};
 
-struct Probe {
+// Bools and texts, which GoogleTest shows alike in every locale (no number is shown here).
+std::string shown(const auto& value) { return testing::PrintToString(value); }
+
+// Turkish differs from ASCII in I and i; German in digit grouping and the decimal comma.
+const struct {
     const char* name;
     std::function<std::string()> run;
-};
-
-// The value in the classic locale, so that only the library's own use of the
-// global locale can make two results differ.
-template <typename T>
-std::string shown(const T& value) {
-    if constexpr (std::is_arithmetic_v<T>) {
-        std::ostringstream out;
-        out.imbue(std::locale::classic());
-        out << std::boolalpha << value;
-        return out.str();
-    } else {
-        return testing::PrintToString(value);
-    }
-}
-
-// Capital I and lower-case i are where a Turkish locale differs from ASCII;
-// de_DE differs in digit grouping and the decimal comma.
-const Probe kLocaleFree[] = {
+} kLocaleFree[] = {
     {"sanatizeStatusString",
      [] { return sanatizeStatusString("a<SCRIPT>b<IMG SRC=x><HTML><A HREF=y>\tc"); }},
     {"toBool", [] { return shown(toBool("TRUE")) + shown(toBool("tRuE")); }},
@@ -58,7 +39,7 @@ const Probe kLocaleFree[] = {
 
 TEST(Locale, OtherFunctionsIgnoreTheLocale) {
     std::vector<std::string> classic;
-    for (const Probe& probe : kLocaleFree) classic.push_back(probe.run());
+    for (const auto& probe : kLocaleFree) classic.push_back(probe.run());
     for (const char* name : kLocales) {
         const ScopedGlobalLocale locale(name);
         if (!locale.active()) GTEST_SKIP() << name << " could not be loaded or built";
@@ -68,9 +49,7 @@ TEST(Locale, OtherFunctionsIgnoreTheLocale) {
     }
 }
 
-// The byte-wise case functions map each byte through the platform's toupper and
-// tolower under the current locale, so under tr_TR.UTF-8 the letter i need not
-// have an ASCII capital (glibc leaves i and I alone).
+// Each byte through toupper/tolower: under tr_TR.UTF-8 i need not have an ASCII capital.
 TEST(Locale, ByteWiseCaseFollowsTheLocale) {
     const ScopedGlobalLocale locale("tr_TR.UTF-8");
     if (!locale.active()) GTEST_SKIP() << "tr_TR.UTF-8 could not be loaded or built";
@@ -83,8 +62,6 @@ TEST(Locale, ByteWiseCaseFollowsTheLocale) {
     EXPECT_TRUE(findSubStringCaseInsensitive("FOLDER", "folder"));
 }
 
-// Stream formatters group digits and write the locale's decimal separator;
-// toDouble reads the locale's decimal separator.
 TEST(Locale, NumbersFollowTheLocale) {
     const ScopedGlobalLocale locale("de_DE.UTF-8");
     if (!locale.active()) GTEST_SKIP() << "de_DE.UTF-8 could not be loaded or built";

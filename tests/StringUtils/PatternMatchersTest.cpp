@@ -1,5 +1,4 @@
-// The hand-written matchers against std::regex with their patterns, and the other
-// validators and clean-ups against their references, on random texts near them.
+// Matchers against std::regex with their patterns, the rest against references, on random texts.
 #include "Checks.h"
 #include "Reference.h"
 #include "StringUtils/Addresses.h"
@@ -9,8 +8,6 @@
 #include "StringUtils/Sanitizing.h"
 
 #include <gtest/gtest.h>
-
-namespace {
 
 using namespace std::string_view_literals;
 using namespace StringUtils;
@@ -88,5 +85,3 @@ TEST(PatternMatchers, OthersSameAsTheirReferences) {
     };
     checks::expectSame(sanatizeStatusString, reference::sanitizeStatusByRepeatedErase, text, 5000);
 }
-
-}  // namespace

@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-namespace {
-
 using namespace StringUtils;
 using checks::with;
 
@@ -52,5 +50,3 @@ TEST(Presentation, Tables) {
         {getUTF8toISO8859_1CharacterCounts, "\xC3|", {2, 0}},
     });
 }
-
-}  // namespace

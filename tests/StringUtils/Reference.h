@@ -1,7 +1,4 @@
-// Plain, obviously right versions of library functions for tests, fuzz targets and
-// benchmarks to compare with: std::regex validators (short texts only: the engine
-// recurses once per byte), and splitting and erasure over std::string::find (short
-// texts only: quadratic).
+// Obviously right versions of library functions, for short texts only (recursive or quadratic).
 #pragma once
 
 #include "StringUtils/Patterns.h"
@@ -47,8 +44,7 @@ inline std::string reformatMACaddress(const std::string& mac, const std::string&
     return count == 6 && any != 0 ? out : std::string();
 }
 
-// Erases the first occurrence of sub and searches again from the start, until
-// none is left; an empty sub leaves text alone.
+// Erases the first occurrence of sub until none is left; an empty sub leaves text alone.
 template <typename CharT>
 std::basic_string<CharT> eraseRepeatedly(std::basic_string<CharT> text,
                                          std::basic_string_view<CharT> sub) {
@@ -66,8 +62,7 @@ inline std::string sanitizeStatusByRepeatedErase(std::string text) {
     return text;
 }
 
-// The fields between the non-overlapping matches of a non-empty delimiter, left
-// to right, the last field always taken.
+// The fields between the non-overlapping matches of a non-empty delimiter, the last always taken.
 template <typename CharT>
 std::vector<std::basic_string<CharT>> splitAt(const std::basic_string<CharT>& text,
                                               const std::basic_string<CharT>& delimiter) {

@@ -9,8 +9,7 @@ namespace {
 using namespace StringUtils;
 using Fields = std::vector<std::string>;
 
-// split (where the text type has it) and splitToViews give fields, and every view lies inside
-// text: nothing was copied.
+// split (where the text type has it) and splitToViews give fields; views lie inside text.
 template <typename Text, typename Delimiter, typename Expected>
 void checkSplitters(const Text& text, const Delimiter& delimiter, bool skipEmpty,
                     const Expected& fields) {
@@ -24,8 +23,7 @@ void checkSplitters(const Text& text, const Delimiter& delimiter, bool skipEmpty
     }
 }
 
-// Every delimiter splitter, narrow and wide, at the edges (any text: the split fuzz target);
-// one-character delimiters also through the character overloads. countWords sizes the result.
+// Every delimiter splitter, narrow and wide; one-character delimiters also as characters.
 TEST(Split, ByDelimiter) {
     // clang-format off
     const struct {
@@ -60,10 +58,8 @@ TEST(Split, ByLengthAndJoin) {
         Fields pieces;
     } chunks[] = {{"abcdefg", 3, false, {"abc", "def", "g"}},
                   {"abc \t\n", 3, true, {"abc"}},
-                  {"abc  x", 3, true, {"abc", "  x"}},
                   {"", 3, false, {}},
                   {"abc", 0, false, {"", "abc"}},
-                  {"abc", 0, true, {"abc"}},
                   {"abc", -1, false, {"abc"}}};
     for (const auto& c : chunks) {
         EXPECT_EQ(split(c.text, c.chunkSize, c.skipEmpty), c.pieces)

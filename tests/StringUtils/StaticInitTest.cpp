@@ -1,5 +1,4 @@
-// The library used from a client's static initialiser. This file is linked ahead
-// of the static library, so its initialisers run before any of the library's.
+// Used from static initialisers, linked ahead of the library so they run before any of its own.
 #include <gtest/gtest.h>
 
 #include "StringUtils/Encoding.h"

@@ -1,5 +1,4 @@
-// Makes a named locale the process's C and C++ global locale for a scope: the system's,
-// or the build's copy in STRAND_TEST_LOCALE_DIR; if neither loads, active() is false.
+// A named locale (the system's, else the build's copy) as the C and C++ global one for a scope.
 #pragma once
 
 #include <clocale>
@@ -9,14 +8,7 @@
 #include <stdexcept>
 #include <string>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define STRAND_TEST_HAS_LSAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define STRAND_TEST_HAS_LSAN 1
-#endif
-#endif
-#ifdef STRAND_TEST_HAS_LSAN
+#ifdef STRAND_TEST_UNDER_ASAN
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -32,12 +24,8 @@ public:
         }
     }
     ~ScopedGlobalLocale() {
-        if (active_) {
-            std::locale::global(std::locale::classic());
-        }
+        if (active_) std::locale::global(std::locale::classic());
     }
-    ScopedGlobalLocale(const ScopedGlobalLocale&) = delete;
-    ScopedGlobalLocale& operator=(const ScopedGlobalLocale&) = delete;
 
     bool active() const { return active_; }
 
@@ -50,10 +38,9 @@ private:
         }
     }
 
-    // glibc reads LOCPATH when a locale is loaded, so it is set for this load only; the C
-    // locale is set here too, while LOCPATH points at the build's copies.
+    // glibc reads LOCPATH at each load: the C locale is set here, while it names the copies.
     static std::optional<std::locale> loadFromBuild(const std::string& name) {
-#ifdef STRAND_TEST_HAS_LSAN
+#ifdef STRAND_TEST_UNDER_ASAN
         // glibc loses a copy of LOCPATH on each load from it: not the library's.
         const __lsan::ScopedDisabler ignoreLocaleLoading;
 #endif
@@ -61,9 +48,7 @@ private:
         const std::string saved = old ? old : "";
         setenv("LOCPATH", STRAND_TEST_LOCALE_DIR, 1);
         auto named = load(name);
-        if (named) {
-            std::locale::global(*named);
-        }
+        if (named) std::locale::global(*named);
         old ? setenv("LOCPATH", saved.c_str(), 1) : unsetenv("LOCPATH");
         return named;
     }

@@ -1,7 +1,4 @@
-// The Apple layer on the Darwin emulation, in what only a fault of the system
-// shows: an ended, unjoined thread whose port name a live thread has taken, a
-// semaphore the system refused, and a send from inside the handler while the
-// interrupted thread holds libpthread's list lock.
+// The Apple layer on the Darwin emulation, in what only a fault of the system shows.
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -28,40 +25,34 @@ char schedulerState(long tid) {
 
 TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
     emu::setPortGenerations(1);  // the kernel gives a freed name out again at once
-    struct Ended {
-        Strand::ThreadId id{};
-        std::latch known{1};
-    } ended;
-    pthread_t zombie{};
-    pthread_create(&zombie, nullptr, [](void* state) -> void* {
-        auto& self = *static_cast<Ended*>(state);
+    Strand::ThreadId ended{};
+    std::latch known(1);
+    std::thread zombie([&] {
         Strand::setThreadName("dead, unjoined");
-        self.id = Strand::getThreadId();
-        self.known.count_down();
-        return nullptr;
-    }, &ended);
-    ended.known.wait();
-    while (pthread_kill(zombie, 0) != ESRCH) sched_yield();  // ended; its name is free
+        ended = Strand::getThreadId();
+        known.count_down();
+    });
+    known.wait();
+    while (pthread_kill(zombie.native_handle(), 0) != ESRCH) sched_yield();  // ended, unjoined
     ParkedThread live;
     live.run([] { Strand::setThreadName("alive"); });
-    ASSERT_EQ(std::get<2>(live.id()), std::get<2>(ended.id)) << "the name was given out again";
+    ASSERT_EQ(std::get<2>(live.id()), std::get<2>(ended)) << "the name was given out again";
 
     const auto listed = Strand::getThreadIds();
     const auto entry = std::find_if(listed.begin(), listed.end(), [&](const Strand::ThreadId& id) {
         return std::get<2>(id) == std::get<2>(live.id());
     });
     ASSERT_NE(entry, listed.end());
-    EXPECT_FALSE(pthread_equal(std::get<0>(*entry), zombie)) << "listed with the ended handle";
+    EXPECT_FALSE(pthread_equal(std::get<0>(*entry), zombie.native_handle())) << "the ended handle";
     EXPECT_EQ(std::get<1>(*entry), std::get<1>(live.id()));
     EXPECT_NE(Strand::getThreadName(*entry), "dead, unjoined");
-    EXPECT_EQ(Strand::getThreadName(ended.id), "") << "an ended thread has no name";
+    EXPECT_EQ(Strand::getThreadName(ended), "") << "an ended thread has no name";
     EXPECT_EQ(Strand::getThreadName(live.id()), "alive");
-    pthread_join(zombie, nullptr);
+    zombie.join();
     emu::setPortGenerations(64);
 }
 
-// Without a semaphore the caller sleeps while the target runs: it never spins
-// on a semaphore name that denotes nothing.
+// Without a semaphore the caller sleeps while the target runs, never spinning on a dead name.
 TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
     emu::injectFault(emu::Fault::SemaphoreCreateFails, -1);
     const std::string child = inChildProcess(30, [] {  // a fork child makes its own
@@ -81,9 +72,7 @@ TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
     EXPECT_EQ(child, "ok");
 }
 
-// The handler interrupts a thread inside libpthread's list lock (which
-// pthread_kill takes) and the function it runs sends again: refused on this
-// platform, never a recursive lock.
+// A send from a handler that interrupted libpthread's list lock is refused, never a recursive lock.
 TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
     const std::string child = inChildProcess(30, [] {
         struct Holder {
@@ -117,8 +106,7 @@ TEST(AppleLayer, ASendFromInsideTheHandlerNeverTakesTheListLockAgain) {
     EXPECT_EQ(child, "ok");
 }
 
-// Each refusal of the system ends in the documented empty result, and leaves
-// no port reference or array behind (the accounting checks that at exit).
+// Each refusal gives the documented empty result and leaks no port reference or array.
 TEST(AppleLayer, RefusalsOfTheSystemGiveEmptyResults) {
     ParkedThread worker;
     worker.run([] { emu::markCallingThreadAsDispatchWorker(); });

@@ -1,11 +1,5 @@
-// libStrand loaded with dlopen, as a plugin's dependency: after other code has
-// made many pthread keys, a thread's first getThreadId() inside a signal
-// handler must still allocate nothing; and once the library has installed its
-// SIGUSR1 handler, unloading it must leave that handler's code mapped. This
-// program replaces malloc and friends to count the calls made while a handler
-// runs, so it is built without sanitizers.
+// libStrand loaded by dlopen, counting a handler's mallocs: so built without sanitizers.
 #include <dlfcn.h>
-#include <sys/syscall.h>
 
 #include <cstddef>
 
@@ -49,63 +43,54 @@ using GetThreadId = Strand::ThreadId (*)();
 GetThreadId gGetThreadId = nullptr;
 thread_local Strand::ThreadId tSeenInHandler;
 
-bool firstIdentityInHandlerAllocatesNothing() {
-    pthread_key_t keys[40];
-    for (auto& key : keys) pthread_key_create(&key, nullptr);
-    void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) return false;
-    gGetThreadId = reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
-    if (gGetThreadId == nullptr) return false;
-    struct sigaction action {};
-    action.sa_handler = [](int) {
-        tCounting = true;
-        tSeenInHandler = gGetThreadId();
-        tCounting = false;
-    };
-    sigaction(SIGUSR2, &action, nullptr);
-    bool ok = true;
-    for (int i = 0; i < 3; ++i) {  // threads that never touched the library before
-        std::thread([&ok] {
-            raise(SIGUSR2);
-            const int tid = static_cast<int>(syscall(SYS_gettid));
-            ok = ok && tSeenInHandler == Strand::ThreadId(pthread_self(), tid, tid) &&
-                 gGetThreadId() == tSeenInHandler;
-        }).join();
-    }
-    return ok && gAllocations.load() == 0;
-}
-
 TEST(LoadOrder, FirstIdentityInsideASignalHandlerAllocatesNothing) {
-    EXPECT_EQ(inChildProcess(30, &firstIdentityInHandlerAllocatesNothing), "ok");
+    EXPECT_EQ(inChildProcess(30, [] {
+        pthread_key_t keys[40];
+        for (auto& key : keys) pthread_key_create(&key, nullptr);
+        void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr) return false;
+        gGetThreadId = reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
+        if (gGetThreadId == nullptr) return false;
+        handleSigusr2([](int) {
+            tCounting = true;
+            tSeenInHandler = gGetThreadId();
+            tCounting = false;
+        });
+        bool ok = true;
+        for (int i = 0; i < 3; ++i) {  // threads that never touched the library before
+            std::thread([&ok] {
+                raise(SIGUSR2);
+                ok = ok && std::get<0>(tSeenInHandler) == pthread_self() &&
+                     gGetThreadId() == tSeenInHandler;
+            }).join();
+        }
+        return ok && gAllocations.load() == 0;
+    }), "ok");
 }
 
 using ExecuteOnThread = void (*)(const Strand::ThreadId&, const std::function<void()>&);
 
-// A plugin's lifetime: load the library, make one cross-thread call (which
-// installs the handler), unload; then SIGUSR1 arrives.
-bool signalAfterUnloadingFindsTheHandler() {
-    void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) return false;
-    const auto getThreadId =
-        reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
-    // Its name as libstdc++ and as libc++ mangle it.
-    void* symbol =
-        dlsym(library, "_ZN6Strand15executeOnThreadERKSt5tupleIJmijEERKSt8functionIFvvEE");
-    if (symbol == nullptr) {
-        symbol = dlsym(library,
-                       "_ZN6Strand15executeOnThreadERKNSt3__15tupleIJmijEEERKNS0_8functionIFvvEEE");
-    }
-    const auto executeOnThread = reinterpret_cast<ExecuteOnThread>(symbol);
-    if (getThreadId == nullptr || executeOnThread == nullptr) return false;
-    std::atomic<bool> ran{false};
-    std::thread([&] { executeOnThread(getThreadId(), [&] { ran = true; }); }).join();
-    dlclose(library);
-    raise(SIGUSR1);
-    return ran;
-}
-
+// Load, make one cross-thread call (which installs the handler), unload; then SIGUSR1 arrives.
 TEST(LoadOrder, UnloadingTheLibraryKeepsItsSignalHandlerMapped) {
-    EXPECT_EQ(inChildProcess(30, &signalAfterUnloadingFindsTheHandler), "ok");
+    EXPECT_EQ(inChildProcess(30, [] {
+        void* const library = dlopen(STRAND_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr) return false;
+        const auto getThreadId =
+            reinterpret_cast<GetThreadId>(dlsym(library, "_ZN6Strand11getThreadIdEv"));
+        void* symbol = nullptr;  // its name as libstdc++ and as libc++ mangle it
+        for (const char* name :
+             {"_ZN6Strand15executeOnThreadERKSt5tupleIJmijEERKSt8functionIFvvEE",
+              "_ZN6Strand15executeOnThreadERKNSt3__15tupleIJmijEEERKNS0_8functionIFvvEEE"}) {
+            symbol = symbol != nullptr ? symbol : dlsym(library, name);
+        }
+        const auto executeOnThread = reinterpret_cast<ExecuteOnThread>(symbol);
+        if (getThreadId == nullptr || executeOnThread == nullptr) return false;
+        std::atomic<bool> ran{false};
+        std::thread([&] { executeOnThread(getThreadId(), [&] { ran = true; }); }).join();
+        dlclose(library);
+        raise(SIGUSR1);
+        return ran.load();
+    }), "ok");
 }
 
 }  // namespace

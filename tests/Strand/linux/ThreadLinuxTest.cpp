@@ -1,11 +1,11 @@
 // Thread identity and names checked against what the Linux kernel reports.
-#include <dirent.h>
 #include <linux/futex.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
+#include <map>
 
 #include "Strand/linux/ThreadRegistry.h"
 #include "TestSupport.h"
@@ -14,18 +14,13 @@ namespace {
 
 std::set<int> procTasks() {
     std::set<int> tids;
-    DIR* directory = opendir("/proc/self/task");
-    while (const dirent* entry = readdir(directory)) {  // NOLINT(concurrency-mt-unsafe)
-        if (entry->d_name[0] != '.') tids.insert(std::atoi(entry->d_name));
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        tids.insert(std::stoi(task.path().filename()));
     }
-    closedir(directory);
     return tids;
 }
 
 TEST(ThreadLinux, ListingMatchesProcTask) {
-    const int tid = static_cast<int>(syscall(SYS_gettid));
-    EXPECT_EQ(Strand::getThreadId(), Strand::ThreadId(pthread_self(), tid, tid));
-    EXPECT_EQ(Strand::getThreadIdString(), std::to_string(tid));
     const ParkedThread seen[3], unseen[2] = {ParkedThread(false), ParkedThread(false)};
     const std::vector<Strand::ThreadId> listed = Strand::getThreadIds();
     std::map<int, Strand::ThreadId> byTid;
@@ -78,16 +73,14 @@ void preferNextTid(int tid) {
 
 pthread_key_t gLateKey;
 
-// Gives the calling thread an empty robust-mutex list of its own, as other runtimes
-// do: the kernel then marks none of the C library's robust mutexes at its end.
+// An empty robust-mutex list of its own, as other runtimes have: the kernel marks none of libc's.
 void replaceRobustList() {
     thread_local robust_list_head head{};
     head.list.next = &head.list;
     syscall(SYS_set_robust_list, &head, sizeof head);
 }
 
-// The first holder of a TID names itself and ends; a new thread with the same
-// 15-byte kernel name gets the TID, and must not read back that name or handle.
+// A TID's new holder with its ended holder's 15-byte kernel name gets neither name nor handle.
 TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
     const struct {
         const char* name;
@@ -117,40 +110,24 @@ TEST(ThreadLinux, AnEndedThreadsNameIsNeverReadBackForItsTid) {
             }
             for (int attempt = 0; attempt < 200000; ++attempt) {
                 preferNextTid(endedTid);
-                std::atomic<int> tid{0};
-                std::atomic<bool> checked{false};
-                std::thread next([&] {  // never asks the library anything itself
-                    tid.store(Strand::gettid());
-                    while (!checked.load()) std::this_thread::yield();
-                });
-                while (tid.load() == 0) std::this_thread::yield();
-                if (tid.load() != endedTid) {
-                    checked.store(true);
-                    next.join();
-                    continue;
-                }
+                const ParkedThread next(false);  // never asks the library anything itself
+                if (std::get<1>(next.id()) != endedTid) continue;
                 const Strand::ThreadId byTid{0, endedTid, static_cast<unsigned>(endedTid)};
-                const std::string name = Strand::getThreadName(byTid);
                 pthread_t listedHandle = 1;
                 for (const auto& id : Strand::getThreadIds()) {
                     if (std::get<1>(id) == endedTid) listedHandle = std::get<0>(id);
                 }
-                checked.store(true);
-                next.join();
-                return name == "worker-pool-abc" && listedHandle == 0;
+                return Strand::getThreadName(byTid) == "worker-pool-abc" && listedHandle == 0;
             }
             return false;
         }), "ok");
     }
 }
 
-// A handler asking for the identity during registration must not leave a second
-// record, which other threads would find first and read the name from.
+// A handler asking for the identity during registration must not leave a second record.
 TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     EXPECT_EQ(inChildProcess(120, [] {
-        struct sigaction action {};
-        action.sa_handler = [](int) { Strand::getThreadId(); };
-        sigaction(SIGUSR2, &action, nullptr);
+        handleSigusr2([](int) { Strand::getThreadId(); });
         int misread = 0;
         for (int round = 0; round < 500; ++round) {
             std::atomic<int> tid{0};
@@ -172,20 +149,16 @@ TEST(ThreadLinux, IdentityAskedFromAHandlerDuringRegistrationKeepsOneRecord) {
     }), "ok");
 }
 
-// The window the test above samples, made certain: a handler registered the thread
-// between its first call's look-up and that call's registration.
+// The test above's window made certain: a handler registers the thread inside its first call.
 TEST(ThreadLinux, RegisteringAThreadAHandlerRegisteredKeepsItsRecord) {
-    const bool kept = onNewThread([] {
-        struct sigaction action {}, previous {};
-        action.sa_handler = [](int) { Strand::getThreadId(); };
-        sigaction(SIGUSR2, &action, &previous);
+    EXPECT_TRUE(onNewThread([] {
+        const auto previous = handleSigusr2([](int) { Strand::getThreadId(); });
         raise(SIGUSR2);
         sigaction(SIGUSR2, &previous, nullptr);
         Strand::linux_layer::ThreadRecord* const handlers = Strand::linux_layer::currentRecord();
         Strand::linux_layer::registerCurrentThread();  // the interrupted first call goes on
         return handlers != nullptr && Strand::linux_layer::currentRecord() == handlers;
-    });
-    EXPECT_TRUE(kept);
+    }));
 }
 
 // Records are reclaimed also when the kernel never marks the robust mutexes.

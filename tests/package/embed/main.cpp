@@ -1,5 +1,4 @@
-// Uses the parent's own StringUtils target beside Strand's, and checks that
-// Strand's internal headers are out of reach.
+// The parent's own StringUtils beside Strand's; Strand's internal headers out of reach.
 #include <Strand/Strand.h>
 #include <StringUtils/StringUtils.h>
 

@@ -1,6 +1,4 @@
-// A client that prints the stack trace of its stuck worker, as a watchdog
-// would. Its own frames have no dynamic symbol (an anonymous namespace, a
-// lambda, no exported symbols), so the trace names them client(+0x...).
+// Prints the trace of its stuck worker, whose frames have no dynamic symbol: client(+0x...).
 #include <Strand/Strand.h>
 
 #include <atomic>
