@@ -44,6 +44,7 @@ int gViolationCount = 0;
 
 constexpr int kFaultKinds = 7;
 std::atomic<int> gFaults[kFaultKinds];
+std::atomic<unsigned long> gFired[kFaultKinds];  // faults that fired, by kind
 
 std::atomic<pid_t> gPid{0};
 std::atomic_flag gInitLock = ATOMIC_FLAG_INIT;
@@ -171,7 +172,10 @@ bool faultFires(Fault fault) {
     std::atomic<int>& left = gFaults[static_cast<int>(fault)];
     int now = left.load();
     while (now != 0) {
-        if (now < 0 || left.compare_exchange_weak(now, now - 1)) return true;
+        if (now < 0 || left.compare_exchange_weak(now, now - 1)) {
+            gFired[static_cast<int>(fault)].fetch_add(1);
+            return true;
+        }
     }
     return false;
 }
@@ -260,6 +264,8 @@ void injectFault(Fault fault, int times) {
 void clearFaults() {
     for (auto& fault : detail::gFaults) fault.store(0);
 }
+
+unsigned long faultsFired(Fault fault) { return detail::gFired[static_cast<int>(fault)].load(); }
 
 void setPortGenerations(unsigned generations) {
     generations = std::min(std::max(generations, 1u), detail::kMaxGenerations);

@@ -1,10 +1,6 @@
 // The Apple layer on the Darwin emulation, in what only a fault of the system shows.
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
-#include <iterator>
 
 #include "DarwinEmulation/Control.h"
 #include "Strand/ExecuteOnThread.h"
@@ -14,14 +10,6 @@
 namespace {
 
 namespace emu = darwin_emulation;
-
-// The scheduler state of the kernel thread tid ('S' while it sleeps).
-char schedulerState(long tid) {
-    std::ifstream stat("/proc/self/task/" + std::to_string(tid) + "/stat");
-    const std::string text((std::istreambuf_iterator<char>(stat)), {});
-    const auto end = text.rfind(')');
-    return end != std::string::npos && end + 2 < text.size() ? text[end + 2] : '?';
-}
 
 TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
     emu::setPortGenerations(1);  // the kernel gives a freed name out again at once
@@ -52,18 +40,19 @@ TEST(AppleLayer, ALiveThreadIsNeverListedAsAnEndedOne) {
     emu::setPortGenerations(64);
 }
 
-// Without a semaphore the caller sleeps while the target runs, never spinning on a dead name.
-TEST(AppleLayer, WaitersSleepWhenTheSystemRefusesASemaphore) {
+// Without a semaphore the caller waits in slices, asking for one again after each (two refusals
+// show it went round), and never spins on a dead name.
+TEST(AppleLayer, WaitersRetryWithoutASemaphoreTheSystemRefuses) {
     emu::injectFault(emu::Fault::SemaphoreCreateFails, -1);
     const std::string child = inChildProcess(30, [] {  // a fork child makes its own
         const ParkedThread target;
-        const long caller = syscall(SYS_gettid);
         const unsigned long before = emu::callsOnInvalidSemaphores();
         bool ran = false;
         Strand::executeOnThread(target.id(), [&] {
-            while (schedulerState(caller) != 'S' && emu::callsOnInvalidSemaphores() < before + 1000) {
+            const unsigned long refused = emu::faultsFired(emu::Fault::SemaphoreCreateFails);
+            while (emu::faultsFired(emu::Fault::SemaphoreCreateFails) < refused + 2 &&
+                   emu::callsOnInvalidSemaphores() < before + 1000)
                 sched_yield();
-            }
             ran = true;
         });
         return ran && emu::callsOnInvalidSemaphores() == before;

@@ -23,6 +23,8 @@ enum class Fault {
 // The next times calls of the kind fail (times < 0: every call until cleared).
 void injectFault(Fault fault, int times = 1);
 void clearFaults();
+// How many calls of the kind have failed by injection so far.
+unsigned long faultsFired(Fault fault);
 
 // How many generations a port-name slot goes through before its names repeat
 // (1 to 64; the kernel's 64 by default). With 1, a name is reused as soon as it
