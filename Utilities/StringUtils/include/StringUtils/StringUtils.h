@@ -1,6 +1,10 @@
 // The internal string library: one include for all of it. Every function lives
 // in namespace StringUtils (with SplitUtils and the global Converter<T>); none is
 // exported from the shared library.
+//
+// "Never fails" in a function's comment means it has no failure result; a
+// function that returns a new string or container can still throw
+// std::bad_alloc, as the standard library's own do.
 #pragma once
 
 #include "StringUtils/Case.h"
