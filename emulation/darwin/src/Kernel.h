@@ -88,7 +88,8 @@ mach_port_t taskPort();
 bool faultFires(Fault fault);
 
 // The calling thread's record; a thread not started through pthread_create
-// (there is none but the first) is taken on when it first asks.
+// (there is none but the first) is taken on when it first asks, and a thread
+// whose end is known gets a stand-in that is ended and has no port.
 ThreadRecord& self();
 // Under ListSection: libpthread's list, and its validation of a handle (a walk
 // of the list); an ended record is preferred when asked for, as join and

@@ -34,6 +34,12 @@ std::atomic<std::uint64_t> gSerial{0};
 pthread_key_t gEndKey;
 
 __thread ThreadRecord* tSelf __attribute__((tls_model("initial-exec"))) = nullptr;
+// What an ended thread is to the calls it makes as it goes on exiting (a later
+// key destructor, a signal handler): its id and handle, ended, with no port
+// and never listed. Darwin keeps the port until the kernel thread is gone, a
+// moment the emulation cannot see; taking the thread on again instead would
+// leave a listed record with a live port behind a handle that glibc frees.
+[[gnu::tls_model("initial-exec")]] thread_local ThreadRecord tAfterEnd;
 __thread pid_t tKernelTid __attribute__((tls_model("initial-exec"))) = 0;
 
 pid_t kernelTid() {
@@ -125,6 +131,9 @@ void threadEnded(void* record) {
         reclaim = thread->detached;
         if (reclaim) unlink(*thread);
     }
+    tAfterEnd.handle = thread->handle;
+    tAfterEnd.threadId = thread->threadId;
+    tAfterEnd.ended = true;
     tSelf = nullptr;
     if (reclaim) delete thread;
 }
@@ -134,6 +143,7 @@ void threadEnded(void* record) {
 ThreadRecord& self() {
     ensureInitialized();
     if (tSelf != nullptr) return *tSelf;
+    if (tAfterEnd.ended) return tAfterEnd;
     auto* const thread = new ThreadRecord;
     thread->handle = pthread_self();
     thread->threadId = nextThreadId();
@@ -158,16 +168,20 @@ struct Start {
     void* (*function)(void*);
     void* argument;
     ThreadRecord* record;
+    sigset_t mask;  // the creator's, which the thread takes once it is known
     std::atomic<bool> published{false};
 };
 
+// The thread starts with every signal blocked (glibc hands it the creator's
+// mask, blocked around the creation), so no handler runs on it before it is
+// known, listed and has its port, as a Darwin thread is from its first
+// instruction; a handler that asked earlier would take it on a second time.
 void* startThread(void* start) {
     auto* const launch = static_cast<Start*>(start);
-    // Known before anything can ask (a signal handler included), so the thread
-    // is never taken on a second time.
     tSelf = launch->record;
     pthread_setspecific(gEndKey, launch->record);
     while (!launch->published.load(std::memory_order_acquire)) sched_yield();
+    pthread_sigmask(SIG_SETMASK, &launch->mask, nullptr);
     void* (*const function)(void*) = launch->function;
     void* const argument = launch->argument;
     delete launch;
@@ -234,8 +248,12 @@ extern "C" int pthread_create(pthread_t* handle, const pthread_attr_t* attribute
     int detachState = PTHREAD_CREATE_JOINABLE;
     if (attributes != nullptr) pthread_attr_getdetachstate(attributes, &detachState);
     record->detached = detachState == PTHREAD_CREATE_DETACHED;
-    auto* const start = new Start{function, argument, record};
+    auto* const start = new Start{function, argument, record, {}};
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &start->mask);
     const int result = realCreate(handle, attributes, &startThread, start);
+    pthread_sigmask(SIG_SETMASK, &start->mask, nullptr);
     if (result != 0) {
         delete start;
         delete record;
@@ -345,4 +363,3 @@ kern_return_t task_threads(task_inspect_t task, thread_act_array_t* threads,
     *count = live;
     return KERN_SUCCESS;
 }
-

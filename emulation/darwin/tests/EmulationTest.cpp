@@ -155,6 +155,50 @@ TEST(DarwinEmulation, EndedUnjoinedThreadsStayListedWithTheirOldPort) {
     emu::setPortGenerations(64);
 }
 
+// Calls a thread makes after its end is known (a later key destructor, a signal handler) take
+// it on as no new thread: nothing stays listed for it once it is joined, and no port is left.
+TEST(DarwinEmulation, CallsDuringAThreadsExitLeaveNoRecordBehind) {
+    static pthread_key_t lateKey;  // made after the emulation's own: its destructor runs later
+    static std::uint64_t lateId = 0;
+    const auto late = [](void*) { pthread_threadid_np(pthread_t{}, &lateId); };
+    ASSERT_EQ(pthread_key_create(&lateKey, late), 0);
+    std::uint64_t id = 0;
+    std::thread worker([&] {
+        pthread_setspecific(lateKey, &lateKey);
+        pthread_threadid_np(pthread_t{}, &id);
+    });
+    const pthread_t handle = worker.native_handle();
+    worker.join();
+    pthread_key_delete(lateKey);
+    EXPECT_EQ(lateId, id) << "the ending thread still knows its id";
+    std::uint64_t listed = 0;
+    EXPECT_EQ(pthread_threadid_np(handle, &listed), ESRCH) << "listed again after its end";
+    EXPECT_EQ(emu::accountingReport(), "");
+}
+
+// A signal sent as soon as pthread_create returns finds the new thread known, as on Darwin, so a
+// handler that asks for its id never takes it on a second time.
+TEST(DarwinEmulation, ASignalAsAThreadStartsFindsItKnown) {
+    struct sigaction asking {}, old{};
+    asking.sa_handler = [](int) {
+        std::uint64_t id = 0;
+        pthread_threadid_np(pthread_t{}, &id);
+    };
+    ASSERT_EQ(sigaction(SIGUSR2, &asking, &old), 0);
+    int listedAfterJoin = 0;
+    for (int i = 0; i < 200; ++i) {
+        pthread_t thread{};
+        pthread_create(&thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr);
+        pthread_kill(thread, SIGUSR2);
+        pthread_join(thread, nullptr);
+        std::uint64_t id = 0;
+        listedAfterJoin += pthread_threadid_np(thread, &id) == 0 ? 1 : 0;
+    }
+    sigaction(SIGUSR2, &old, nullptr);
+    EXPECT_EQ(listedAfterJoin, 0);
+    EXPECT_EQ(emu::accountingReport(), "");
+}
+
 TEST(DarwinEmulation, TaskThreadsIdsAndNames) {
     mach_port_name_t task = 0;
     EXPECT_EQ(task_for_pid(mach_task_self(), getppid(), &task), KERN_FAILURE);
